@@ -1,0 +1,30 @@
+# What every target of ours is compiled with, as one interface target.
+add_library(korva_options INTERFACE)
+target_compile_features(korva_options INTERFACE cxx_std_20 c_std_11)
+target_include_directories(korva_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_options(korva_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wundef -Werror
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual>
+    -fvisibility=hidden
+    # Results are defined to the bit: one multiply and one add are two roundings.
+    -ffp-contract=off)
+# Release is -O2: what the plain kernels are measured at.
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g1")
+set(CMAKE_C_FLAGS_RELEASE "-O2 -g1")
+set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g -fno-omit-frame-pointer")
+set(CMAKE_C_FLAGS_DEBUG "-O1 -g -fno-omit-frame-pointer")
+
+if(WIN32)
+    set(KORVA_PLATFORM windows)
+    target_compile_definitions(korva_options INTERFACE
+        _WIN32_WINNT=0x0A00 WINVER=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN UNICODE _UNICODE)
+else()
+    set(KORVA_PLATFORM linux)
+endif()
+target_include_directories(korva_options INTERFACE ${PROJECT_SOURCE_DIR}/src/platform/${KORVA_PLATFORM})
+
+set(KORVA_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them")
+if(KORVA_SANITIZE)
+    target_compile_options(korva_options INTERFACE -fsanitize=${KORVA_SANITIZE} -fno-sanitize-recover=all)
+    target_link_options(korva_options INTERFACE -fsanitize=${KORVA_SANITIZE})
+endif()

@@ -1,0 +1,12 @@
+// Keeping memory resident, so that a real-time thread never waits for a page.
+#pragma once
+
+#include <cstddef>
+
+namespace korva::platform {
+
+/// Locks the pages that hold `size` bytes at `start` into memory, for the life of the process. False where
+/// the system refuses (a limit on locked memory, say); the memory then works as before.  [any, blocks]
+bool lockMemory(const void* start, std::size_t size) noexcept;
+
+}  // namespace korva::platform

@@ -1,0 +1,6 @@
+// The published base types of Windows, from the system's own headers.
+#pragma once
+
+#include <basetsd.h>
+#include <guiddef.h>
+#include <windef.h>
