@@ -20,6 +20,8 @@ if(WIN32)
         _WIN32_WINNT=0x0A00 WINVER=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN UNICODE _UNICODE)
 else()
     set(KORVA_PLATFORM linux)
+    # All symbols are bound when a library is loaded: the audio thread never meets the dynamic linker.
+    target_link_options(korva_options INTERFACE LINKER:-z,now LINKER:-z,relro)
 endif()
 target_include_directories(korva_options INTERFACE ${PROJECT_SOURCE_DIR}/src/platform/${KORVA_PLATFORM})
 

@@ -30,7 +30,7 @@ static_assert(offsetof(DspBlock, reserved) == 28);
 /// All that the real-time path knows of a module's host.
 class BlockProcessor {
 public:
-    /// Works on the planes in place. Planes outside the two channel counts are silence.  [audio, rt]
+    /// Works on the planes in place. Planes that no input channel lands on are silence.  [audio, rt]
     virtual void Process(DspBlock* block) noexcept = 0;
 
 protected:

@@ -8,8 +8,9 @@ namespace korva::rt {
 
 /// Two counters with one writer each. The audio thread says that it is inside, then asks whether the owner
 /// holds the gate; the owner says that it holds the gate, then asks whether the audio thread is inside. Each
-/// side writes its own counter before it reads the other's, and all four are sequentially consistent: of two
-/// calls that cross, at least one sees the other. (With acquire and release alone both could miss.)
+/// side writes its own counter before it reads the other's, and these two writes and two reads are
+/// sequentially consistent: of two that cross, at least one sees the other. (With acquire and release alone
+/// both could miss.) Leaving and opening need less: they only release what was done before.
 class EngineGate {
 public:
     /// Enters a call. True if the gate is open: then what the gate guards stays until `leave`.  [audio, rt]

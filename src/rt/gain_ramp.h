@@ -22,7 +22,7 @@ struct GainRampState {
     /// Sets the initial values for a ramp of `milliseconds`, and computes the steps.  [owner]
     explicit GainRampState(float milliseconds = 50.0f) noexcept;
 
-    /// Whether `GainRamp` would change a sample.
+    /// Whether `GainRamp` does anything.
     [[nodiscard]] bool isRunning() const noexcept { return step != 1.0f && !(step > 1.0f && gain >= 1.0f); }
 };
 

@@ -23,6 +23,7 @@ public:
     constexpr SharedWord(T initial = T{}) noexcept : word(initial) {}  // NOLINT: a word is a value
 
     [[nodiscard]] T get() const noexcept { return word.load(std::memory_order_relaxed); }
+    /// A plain store: nobody needs the word that it replaces, and an exchange would cost the audio thread.
     void set(T value) noexcept { word.store(value, std::memory_order_relaxed); }
 
 private:
@@ -49,7 +50,12 @@ public:
             std::memcpy(bytes + i * sizeof(word), &word, sizeof(word));
         }
     }
-    void set(const EngineFormat& format) noexcept {
+    /// Keeps only the bits of a plane's number of each byte of the map, so that no map, torn or not, leads
+    /// the audio thread outside the bus.
+    void set(EngineFormat format) noexcept {
+        for (std::uint8_t& plane : format.planeOfChannel) {
+            plane &= planeCount - 1;
+        }
         const auto copy = std::bit_cast<Words>(format);
         for (std::size_t i = 0; i < copy.size(); ++i) {
             words[i].set(copy[i]);

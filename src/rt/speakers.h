@@ -21,10 +21,6 @@ enum Plane : std::uint8_t {
     SideRight
 };
 
-/// The speaker bit that each plane is named for.
-inline constexpr std::array<std::uint32_t, planeCount> speakerBitOfPlane = {0x1,  0x2,  0x4,   0x8,
-                                                                            0x10, 0x20, 0x200, 0x400};
-
 /// Planes by mask bit, lowest bit first: the published order of speakers.
 inline constexpr std::array<Plane, 18> planeOfSpeakerBit = {
     FrontLeft,     // 0x1 front left

@@ -17,7 +17,10 @@ std::uint64_t startOnTickClock() {
     FILETIME now{};
     GetProcessTimes(GetCurrentProcess(), &creation, &unused, &unused, &unused);
     GetSystemTimeAsFileTime(&now);
-    return GetTickCount64() - (milliseconds(now) - milliseconds(creation));
+    const std::uint64_t ticks = GetTickCount64();
+    const std::uint64_t age = milliseconds(now) - milliseconds(creation);
+    // Somebody may have set the calendar clock back meanwhile: then the clock counts from its first use.
+    return age <= ticks ? ticks - age : ticks;
 }
 
 }  // namespace

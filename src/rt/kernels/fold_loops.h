@@ -20,7 +20,7 @@ KORVA_INLINE void addSources(float* const* planes, const FoldPlan::Destination& 
         coefficients[s] = V::all(destination.sources[s].coefficient);
     }
     std::uint32_t k = 0;
-    for (; k + V::width <= frames; k += V::width) {
+    for (; frames - k >= V::width; k += V::width) {
         V sum = V::load(target + k);
         for (std::uint32_t s = 0; s < sourceCount; ++s) {
             sum = V::add(sum, V::mul(V::load(sources[s] + k), coefficients[s]));
@@ -131,7 +131,7 @@ template <class V, std::uint32_t channels>
 KORVA_INLINE void foldFrames(const float* input, float* output, std::uint32_t frames) {
     constexpr std::uint32_t step = V::width / 2;
     std::uint32_t k = 0;
-    for (; k + step <= frames; k += step) {
+    for (; frames - k >= step; k += step) {
         foldVector<V, channels>(input + std::size_t{k} * channels, output + std::size_t{k} * 2);
     }
     for (; k < frames; ++k) {

@@ -42,13 +42,12 @@ const Kernels& choose() noexcept {
     return *supportedKernels().back();
 }
 
-const Kernels& chosenOnce() noexcept {
-    static const Kernels& chosen = choose();
-    return chosen;
-}
+// The plain version until the initialiser below has run, for static objects that are made before.
+constinit const Kernels* chosen = &plainKernels;
 
-// Chooses when the library is loaded, so that no call from the audio thread is ever the first.
-[[maybe_unused]] const Kernels& chosenAtLoad = chosenOnce();
+struct ChooseAtLoad {
+    ChooseAtLoad() noexcept { chosen = &choose(); }
+} const chooseAtLoad;
 
 }  // namespace
 
@@ -66,7 +65,7 @@ const Kernels* findKernels(std::string_view name) noexcept {
 }
 
 KORVA_RT_CODE const Kernels& chosenKernels() noexcept {
-    return chosenOnce();
+    return *chosen;
 }
 
 }  // namespace korva::rt

@@ -49,7 +49,8 @@ struct Kernels {
 [[nodiscard]] const Kernels* findKernels(std::string_view name) noexcept;
 
 /// The version in use: the one that the environment variable KORVA_KERNELS names, if it is supported, else
-/// the fastest. Chosen once, when the library is loaded.  [any, rt]
+/// the fastest. Chosen once, when the library is loaded; static objects that are made before get the plain
+/// one.  [any, rt]
 [[nodiscard]] const Kernels& chosenKernels() noexcept;
 
 }  // namespace korva::rt

@@ -37,8 +37,8 @@ KORVA_RT_CODE void followAvx2(const MeterLane* lanes, std::uint32_t count, const
     if (frames == 0 || count == 0) {
         return;
     }
-    if (count == 1) {
-        followAlone(lanes[0], release, frames);
+    if (count < leastLanesTogether) {
+        plainKernels.follow(lanes, count, release, frames);
     } else if (count <= VectorSse2::width) {
         followTogether<VectorSse2, 1>(lanes, count, release, frames);
     } else if (count <= VectorAvx2::width) {

@@ -24,8 +24,8 @@ KORVA_RT_CODE void follow(const MeterLane* lanes, std::uint32_t count, const Met
     if (frames == 0) {
         return;
     }
-    if (count == 1) {
-        followAlone(lanes[0], release, frames);
+    if (count < leastLanesTogether) {
+        plainKernels.follow(lanes, count, release, frames);
         return;
     }
     switch ((count + VectorSse2::width - 1) / VectorSse2::width) {

@@ -35,7 +35,7 @@ KORVA_INLINE void deinterleaveVector(const float* frame, float* const* planes, s
 template <class V, std::uint32_t channels, std::uint32_t first, std::uint32_t count>
 KORVA_INLINE void deinterleavePass(const float* input, float* const* planes, std::uint32_t frames) {
     std::uint32_t k = 0;
-    for (; k + V::width <= frames; k += V::width) {
+    for (; frames - k >= V::width; k += V::width) {
         deinterleaveVector<V, channels, first, count>(input + std::size_t{k} * channels, planes, k);
     }
     for (; k < frames; ++k) {
@@ -59,7 +59,7 @@ KORVA_INLINE void deinterleaveChannels(const float* input, float* const* planes,
 template <class V>
 KORVA_INLINE void silence(float* plane, std::uint32_t frames) {
     std::uint32_t k = 0;
-    for (; k + V::width <= frames; k += V::width) {
+    for (; frames - k >= V::width; k += V::width) {
         V::store(plane + k, V::zero());
     }
     for (; k < frames; ++k) {
@@ -70,7 +70,7 @@ KORVA_INLINE void silence(float* plane, std::uint32_t frames) {
 template <class V>
 KORVA_INLINE void copy(const float* from, float* to, std::uint32_t frames) {
     std::uint32_t k = 0;
-    for (; k + V::width <= frames; k += V::width) {
+    for (; frames - k >= V::width; k += V::width) {
         V::store(to + k, V::load(from + k));
     }
     for (; k < frames; ++k) {
@@ -163,7 +163,7 @@ KORVA_INLINE void interleaveVector(const float* const* planes, float* frame, std
 template <class V, std::uint32_t channels>
 KORVA_INLINE void interleaveChannels(const float* const* planes, float* output, std::uint32_t frames) {
     std::uint32_t k = 0;
-    for (; k + V::width <= frames; k += V::width) {
+    for (; frames - k >= V::width; k += V::width) {
         interleaveVector<V, channels>(planes, output + std::size_t{k} * channels, k);
     }
     for (; k < frames; ++k) {

@@ -9,7 +9,6 @@ namespace korva::rt {
 namespace {
 
 struct VectorAvx2 {
-    static constexpr std::uint32_t quads = 2;
     static constexpr std::uint32_t width = 8;
 
     __m256 v;

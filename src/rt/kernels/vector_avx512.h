@@ -10,7 +10,6 @@ namespace korva::rt {
 namespace {
 
 struct VectorAvx512 {
-    static constexpr std::uint32_t quads = 4;
     static constexpr std::uint32_t width = 16;
 
     __m512 v;

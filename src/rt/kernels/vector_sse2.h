@@ -10,7 +10,6 @@ namespace {
 
 /// Quads are the units of everything below: a vector of n quads works on n groups of four at once.
 struct VectorSse2 {
-    static constexpr std::uint32_t quads = 1;
     static constexpr std::uint32_t width = 4;
 
     __m128 v;
@@ -34,7 +33,6 @@ struct VectorSse2 {
         return {_mm_loadu_ps(rows[0] + at)};
     }
 
-    /// Transposes each quad's four by four.
     KORVA_INLINE VectorSse2 add(VectorSse2 a, VectorSse2 b) { return {_mm_add_ps(a.v, b.v)}; }
     KORVA_INLINE VectorSse2 sub(VectorSse2 a, VectorSse2 b) { return {_mm_sub_ps(a.v, b.v)}; }
     KORVA_INLINE VectorSse2 mul(VectorSse2 a, VectorSse2 b) { return {_mm_mul_ps(a.v, b.v)}; }
