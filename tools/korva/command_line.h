@@ -1,0 +1,10 @@
+// The command line, from the words to what they ask for.
+#pragma once
+
+namespace korva::tool {
+
+/// Runs what the arguments ask for, and gives 0. Throws `ToolError`, also for a line that can't be
+/// understood, or `Interrupted`.
+int runCommandLine(int argumentCount, const char* const* arguments);
+
+}  // namespace korva::tool

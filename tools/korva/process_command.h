@@ -1,0 +1,25 @@
+// korva process IN OUT: plays the audio engine around the object, from one sound file to another.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace korva::tool {
+
+/// As the command line has them, each still to be checked.
+struct ProcessOptions {
+    std::string input;
+    std::string output;
+    std::string effect = "sfx";
+    std::string outputLayout;  ///< Empty: the input's own.
+    std::string bufferFrames = "480";
+    bool meters = false;
+    bool json = false;
+    bool quiet = false;
+};
+
+/// Throws `ToolError`, or `Interrupted`; then the output is as it was before. (When only the report can't be
+/// printed, the output is complete.)
+void runProcess(const ProcessOptions& options);
+
+}  // namespace korva::tool

@@ -1,0 +1,42 @@
+// What `korva process` tells of a run.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "korva/hosted_object.h"
+#include "korva/layouts.h"
+#include "korva/timings.h"
+
+namespace korva::tool {
+
+/// One side's file.
+struct ReportedFile {
+    std::string path;
+    std::string kind;    ///< "WAV, 32-bit float", for instance.
+    SoundFormat format;  ///< As the object was locked with.
+};
+
+struct ProcessReport {
+    ReportedFile input;
+    ReportedFile output;
+    std::string effect;
+    std::uint64_t frames = 0;
+    std::uint32_t bufferFrames = 0;  ///< Of all buffers but the last, which may be shorter.
+    std::string kernels;
+    bool codeLocked = false;
+    Timings timings{};             ///< One for each buffer.
+    std::optional<Peaks> peaks{};  ///< If the meters ran.
+
+    /// Duration of the sound to the duration of the calls; 0 if those took no time that could be measured.
+    [[nodiscard]] double realTimeFactor() const;
+};
+
+/// Lines for a reader.
+[[nodiscard]] std::string asText(ProcessReport& report);
+
+/// One JSON object in one line. Levels of silence, and those beyond all numbers, are null.
+[[nodiscard]] std::string asJson(ProcessReport& report);
+
+}  // namespace korva::tool
