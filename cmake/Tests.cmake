@@ -1,0 +1,19 @@
+# GoogleTest from Debian's sources, so that one version serves the native and the Windows build.
+include(GoogleTest)
+set(BUILD_GMOCK OFF CACHE BOOL "" FORCE)
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+
+# korva_test(NAME LABEL label SOURCES ... LIBRARIES ...): a GoogleTest program, each of its tests known to
+# ctest as <label>.<suite>.<name>.
+function(korva_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "SOURCES;LIBRARIES;DEFINITIONS")
+    add_executable(${name} ${arg_SOURCES})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_compile_definitions(${name} PRIVATE ${arg_DEFINITIONS})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} korva_options GTest::gtest_main)
+    gtest_discover_tests(${name}
+        TEST_PREFIX "${arg_LABEL}."
+        PROPERTIES LABELS ${arg_LABEL}
+        DISCOVERY_TIMEOUT 60)
+endfunction()
