@@ -10,7 +10,9 @@ extern const Kernels sse2Kernels;
 extern const Kernels avx2Kernels;
 extern const Kernels avx512Kernels;
 
-/// `Kernels::follow` of AVX2.
+/// `Kernels::follow` of the plain version and of AVX2, which others use too.
+void followPlain(const MeterLane* lanes, std::uint32_t count, const MeterRelease& release,
+                 std::uint32_t frames) noexcept;
 void followAvx2(const MeterLane* lanes, std::uint32_t count, const MeterRelease& release,
                 std::uint32_t frames) noexcept;
 

@@ -38,7 +38,7 @@ KORVA_RT_CODE void followAvx2(const MeterLane* lanes, std::uint32_t count, const
         return;
     }
     if (count < leastLanesTogether) {
-        plainKernels.follow(lanes, count, release, frames);
+        followPlain(lanes, count, release, frames);
     } else if (count <= VectorSse2::width) {
         followTogether<VectorSse2, 1>(lanes, count, release, frames);
     } else if (count <= VectorAvx2::width) {

@@ -83,13 +83,6 @@ KORVA_RT_CODE void followLane(const MeterLane& lane, const MeterRelease& release
     *lane.slope = slope;
 }
 
-KORVA_RT_CODE void follow(const MeterLane* lanes, std::uint32_t count, const MeterRelease& release,
-                          std::uint32_t frames) noexcept {
-    for (std::uint32_t lane = 0; lane < count; ++lane) {
-        followLane(lanes[lane], release, frames);
-    }
-}
-
 KORVA_RT_CODE void interleave(const float* const* planes, const std::uint8_t* planeOfChannel,
                               std::uint32_t channels, float* output, std::uint32_t frames) noexcept {
     for (std::uint32_t c = 0; c < channels; ++c) {
@@ -102,7 +95,14 @@ KORVA_RT_CODE void interleave(const float* const* planes, const std::uint8_t* pl
 
 }  // namespace
 
+KORVA_RT_CODE void followPlain(const MeterLane* lanes, std::uint32_t count, const MeterRelease& release,
+                               std::uint32_t frames) noexcept {
+    for (std::uint32_t lane = 0; lane < count; ++lane) {
+        followLane(lanes[lane], release, frames);
+    }
+}
+
 // Without `foldToStereo`: the plain path always goes through the planes.
-constinit const Kernels plainKernels = {"plain", deinterleave, foldPlanes, follow, interleave, nullptr};
+constinit const Kernels plainKernels = {"plain", deinterleave, foldPlanes, followPlain, interleave, nullptr};
 
 }  // namespace korva::rt

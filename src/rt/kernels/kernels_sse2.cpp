@@ -25,7 +25,7 @@ KORVA_RT_CODE void follow(const MeterLane* lanes, std::uint32_t count, const Met
         return;
     }
     if (count < leastLanesTogether) {
-        plainKernels.follow(lanes, count, release, frames);
+        followPlain(lanes, count, release, frames);
         return;
     }
     switch ((count + VectorSse2::width - 1) / VectorSse2::width) {
