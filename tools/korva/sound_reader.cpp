@@ -120,13 +120,13 @@ void SoundReader::Source::checkHeader() const {
 }
 
 void SoundReader::Source::refill() {
-    const auto wanted = static_cast<sf_count_t>(blockFrames);
+    std::optional<MutedStandardError> muted;
     if (isMpeg(info)) {
-        const MutedStandardError muted;
-        blockFill = static_cast<std::size_t>(sf_readf_float(sound.get(), block.data(), wanted));
-    } else {
-        blockFill = static_cast<std::size_t>(sf_readf_float(sound.get(), block.data(), wanted));
+        muted.emplace();  // its decoder remarks on every fault
     }
+    blockFill = static_cast<std::size_t>(
+        sf_readf_float(sound.get(), block.data(), static_cast<sf_count_t>(blockFrames)));
+    muted.reset();
     blockTaken = 0;
     framesRead += blockFill;
     if (blockFill < blockFrames) {
