@@ -11,8 +11,9 @@ target_compile_options(korva_options INTERFACE
 # Release is -O2: what the plain kernels are measured at.
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g1")
 set(CMAKE_C_FLAGS_RELEASE "-O2 -g1")
-set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g -fno-omit-frame-pointer")
-set(CMAKE_C_FLAGS_DEBUG "-O1 -g -fno-omit-frame-pointer")
+# Line numbers are all that a report of a sanitizer needs.
+set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1 -fno-omit-frame-pointer")
+set(CMAKE_C_FLAGS_DEBUG "-O1 -g1 -fno-omit-frame-pointer")
 
 if(WIN32)
     set(KORVA_PLATFORM windows)

@@ -15,5 +15,6 @@ function(korva_test name)
     gtest_discover_tests(${name}
         TEST_PREFIX "${arg_LABEL}."
         PROPERTIES LABELS ${arg_LABEL}
-        DISCOVERY_TIMEOUT 60)
+        DISCOVERY_TIMEOUT 60
+        NO_PRETTY_VALUES)
 endfunction()
