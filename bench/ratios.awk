@@ -1,5 +1,5 @@
 # Prints the table of one area, from -v times=CSV (the benchmarks' output) and the ratios asked for, and writes
-# "reached rows" to -v counts=FILE. Columns of a ratio: label | bound | dividend | divisor | frames | limit.
+# "reached rows limited" to -v counts=FILE. Columns of a ratio: label | bound | dividend | divisor | frames | limit.
 
 function trim(text) {
     gsub(/^[ \t]+|[ \t]+$/, "", text)
@@ -50,6 +50,7 @@ function verdict(quotient, bound, fast, limit, frames,    words, part) {
         split(limit, part, " ")
         if (fast <= part[2] * timeOf(part[1] "/" frames)) {
             reached += 1
+            limited += 1
             return "at its limit"
         }
     }
@@ -94,6 +95,6 @@ BEGIN {
 
 END {
     if (!failed) {
-        print reached + 0, rows + 0 > counts
+        print reached + 0, rows + 0, limited + 0 > counts
     }
 }
