@@ -1,0 +1,124 @@
+#include "platform/thread.h"
+
+#include <cxxabi.h>
+#include <dlfcn.h>
+#include <link.h>
+
+#include <cerrno>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+namespace korva::platform {
+namespace {
+
+/// What a new thread begins with.
+struct Start {
+    Thread::Entry entry;
+    void* argument;
+    void* library;  ///< The thread's reference on the library of this code; null for none.
+};
+
+[[noreturn]] void raise(int error, const char* what) {
+    throw std::system_error(error, std::generic_category(), what);
+}
+
+/// A new reference on the library that this code is linked into. Null in a program, which stays anyway.
+void* holdOwnLibrary() {
+    Dl_info unused{};
+    link_map* own = nullptr;
+    const bool isKnown = dladdr1(reinterpret_cast<const void*>(&holdOwnLibrary), &unused,
+                                 reinterpret_cast<void**>(&own), RTLD_DL_LINKMAP) != 0;
+    // The loader gives the program itself no name.
+    if (!isKnown || own->l_name[0] == '\0') {
+        return nullptr;
+    }
+    // The name that it was loaded by is compared before any file is looked for, so a library that was moved
+    // or deleted since is found too.
+    void* library = dlopen(own->l_name, RTLD_NOW | RTLD_NOLOAD);
+    if (library == nullptr) {
+        raise(ENOMEM, "holding the library of a thread");
+    }
+    return library;
+}
+
+/// Has the reference dropped once this thread has left our code for good. Dropping the last one unmaps this
+/// code, so no function of ours can do it: it would return into nothing. The C library itself calls
+/// `dlclose`, as it calls the destructors of a thread's own objects: after the entry has returned, the latest
+/// registered first. So ours, registered before the entry runs, comes after all those that the entry brings.
+/// A destructor given to pthread_key_create would come later still: the library has none.
+void dropWhenThreadEnds(void* library) noexcept {
+    // The value that `dlclose` returns is left in a register that nobody reads.
+    const auto drop = reinterpret_cast<void (*)(void*)>(reinterpret_cast<void*>(&dlclose));
+    // The last argument tells which library has to stay until the call is over. Ours would then outlive the
+    // call that is to unload it, so this names the one that `dlclose` is in.
+    abi::__cxa_thread_atexit(drop, library, reinterpret_cast<void*>(&dlclose));
+}
+
+/// `noexcept`: what leaves the entry ends the process.
+void* run(void* argument) noexcept {
+    const Start start = *std::unique_ptr<Start>(static_cast<Start*>(argument));
+    if (start.library != nullptr) {
+        dropWhenThreadEnds(start.library);
+    }
+    start.entry(start.argument);
+    return nullptr;
+}
+
+}  // namespace
+
+Thread::Thread(Entry entry, void* argument) {
+    auto start = std::make_unique<Start>(Start{entry, argument, nullptr});
+    // Taken here: by the time the new thread runs, the library could be gone.
+    void* const library = start->library = holdOwnLibrary();
+    if (const int error = pthread_create(&handle, nullptr, run, start.get()); error != 0) {
+        if (library != nullptr) {
+            dlclose(library);
+        }
+        raise(error, "starting a thread");
+    }
+    static_cast<void>(start.release());  // the thread's now
+    isThread = true;
+}
+
+Thread::Thread(Thread&& other) noexcept
+    : handle(other.handle), isThread(std::exchange(other.isThread, false)) {}
+
+Thread& Thread::operator=(Thread&& other) noexcept {
+    if (this != &other) {
+        detach();
+        handle = other.handle;
+        isThread = std::exchange(other.isThread, false);
+    }
+    return *this;
+}
+
+Thread::~Thread() {
+    detach();
+}
+
+bool Thread::joinable() const noexcept {
+    return isThread;
+}
+
+void Thread::join() {
+    if (!isThread) {
+        raise(EINVAL, "joining no thread");
+    }
+    if (pthread_equal(handle, pthread_self()) != 0) {
+        raise(EDEADLK, "joining the own thread");
+    }
+    // The C library lets a joiner go after everything that it does at a thread's end, the drop included.
+    if (const int error = pthread_join(handle, nullptr); error != 0) {
+        raise(error, "joining a thread");
+    }
+    isThread = false;
+}
+
+void Thread::detach() noexcept {
+    if (std::exchange(isThread, false)) {
+        pthread_detach(handle);
+    }
+}
+
+}  // namespace korva::platform

@@ -1,0 +1,71 @@
+#include "platform/mutex.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <thread>
+
+namespace korva::platform {
+namespace {
+
+// A static that is there before any constructor has run, and needs no destructor.
+constinit Mutex staticMutex;
+
+TEST(Mutex, LetsOneThreadInAtATime) {
+    constexpr int rounds = 20'000;
+    int counted = 0;
+    const auto count = [&] {
+        for (int i = 0; i < rounds; ++i) {
+            const std::lock_guard guard(staticMutex);
+            ++counted;
+        }
+    };
+    std::array<std::thread, 4> threads;
+    for (std::thread& thread : threads) {
+        thread = std::thread(count);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(counted, 4 * rounds);
+}
+
+TEST(Mutex, IsNotTakenTwice) {
+    Mutex mutex;
+    const std::lock_guard guard(mutex);
+    bool taken = true;
+    std::thread([&] { taken = mutex.try_lock(); }).join();
+    EXPECT_FALSE(taken);
+}
+
+TEST(ConditionVariable, LetsASleeperGoWhenNotified) {
+    Mutex mutex;
+    ConditionVariable condition;
+    bool isSet = false;
+    std::thread notifier([&] {
+        {
+            const std::lock_guard guard(mutex);
+            isSet = true;
+        }
+        condition.notifyOne();
+    });
+    {
+        std::unique_lock lock(mutex);
+        while (!isSet) {
+            condition.wait(lock);
+        }
+        EXPECT_TRUE(lock.owns_lock());
+    }
+    notifier.join();
+}
+
+TEST(ConditionVariable, LetsASleeperGoWhenTheLimitPasses) {
+    Mutex mutex;
+    ConditionVariable condition;
+    std::unique_lock lock(mutex);
+    condition.waitFor(lock, 1);
+    EXPECT_TRUE(lock.owns_lock());
+}
+
+}  // namespace
+}  // namespace korva::platform
