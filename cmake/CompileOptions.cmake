@@ -6,6 +6,8 @@ target_compile_options(korva_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wundef -Werror
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual>
     -fvisibility=hidden
+    # GCC marks some variables of templates as one in the process; the loader keeps a library with such for good.
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>
     # Results are defined to the bit: one multiply and one add are two roundings.
     -ffp-contract=off)
 # Release is -O2: what the plain kernels are measured at.

@@ -26,6 +26,7 @@ public:
         }
     }
 
+    DelayWorker& operator*() const noexcept { return *worker; }
     DelayWorker* operator->() const noexcept { return worker.get(); }
 
 private:
@@ -41,7 +42,7 @@ DelayPool::DelayPool() {
 void DelayPool::delay(const std::shared_ptr<DelayPool>& pool, Dispatcher& target, Ref<DispatchTask> task,
                       std::int64_t delayMs) {
     Borrowed borrowed(pool);
-    DelayWorker& worker = *borrowed.operator->();
+    DelayWorker& worker = *borrowed;
     worker.postAndForget([borrowed = std::move(borrowed), weakTarget = WeakRef<Dispatcher>(target),
                           targetStop = target.stopRequest(), task = std::move(task), delayMs] {
         std::array<std::uint32_t, 3> seen{};

@@ -176,24 +176,31 @@ void Dispatcher::waitUntilDone(PostedCall& call, Dispatcher* own) {
     }
 }
 
-// Runs the calls that others make to this thread; gives the count when there were none left.
+// Runs the calls that others make to this thread. Gives the count of the moment when there were none left:
+// read any later, it might contain a call that came meanwhile, and that call would pass for seen.
 std::uint32_t Dispatcher::serveCalls() {
     assert(isOwnThread());
-    while (runOneCall()) {
+    auto next = syncQueue.pop();
+    while (next.found) {
+        runAndFinish(next.entry);
+        next = syncQueue.pop();
     }
-    return syncQueue.count().get();
+    return next.pending;
 }
 
 bool Dispatcher::runOneCall() {
     const auto next = syncQueue.pop();
-    if (!next.found) {
-        return false;
+    if (next.found) {
+        runAndFinish(next.entry);
     }
-    if (next.entry != nullptr) {
-        runCall(*next.entry);
+    return next.found;
+}
+
+void Dispatcher::runAndFinish(PostedCall* call) {
+    if (call != nullptr) {
+        runCall(*call);
     }
     syncQueue.finish();
-    return true;
 }
 
 void Dispatcher::runCall(PostedCall& call) {

@@ -192,6 +192,7 @@ private:
     void waitUntilDone(PostedCall& call, Dispatcher* own);
     bool runOneOrNothing() noexcept;
     std::uint32_t serveCalls();
+    void runAndFinish(PostedCall* call);
     void runCall(PostedCall& call);
     bool runOneCall();
     bool runOneTask();

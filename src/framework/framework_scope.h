@@ -22,7 +22,7 @@ public:
         /// until `liveThreadCount` is 0. Never ended on a dispatcher's thread, which would wait for itself.
         bool external = false;
         /// For the dispatcher that the calling thread gets, if it has none and the scope isn't external.
-        Dispatcher::WakeCallback wakeCallback;
+        Dispatcher::WakeCallback wakeCallback{};
     };
 
     explicit FrameworkScope(Options options);
