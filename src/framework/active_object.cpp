@@ -81,8 +81,9 @@ void ActiveObject::onClose() {
     isAlive.set(false);
 }
 
-// The task has no reference, since there is none left to give. A dispatcher that has stopped drops it, and
-// the object stays: whoever stops a thread lets go of its objects first.
+// The task has no reference, since there is none left to give: the object may be gone, and its thread with
+// it, before the post comes back. A dispatcher that has stopped drops it, and the object stays: whoever stops
+// a thread lets go of its objects first.
 void ActiveObject::destroy() {
     if (isOwnerThread()) {
         destroyHere();

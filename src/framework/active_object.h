@@ -55,16 +55,22 @@ public:
     template <class Callable>
     [[nodiscard]] TaskHandle postTask(Callable&& callable, Ref<WaitableCounter> cancelCounter = {},
                                       DispatchTask::Place place = DispatchTask::Place::back) {
-        Dispatcher* const target = dispatcher();
+        const Ref<Dispatcher> target = dispatcherRef();
         return target == nullptr
                    ? TaskHandle()
                    : target->post(std::forward<Callable>(callable), std::move(cancelCounter), place);
     }
 
     template <class Callable>
-    void postAndForget(Callable&& callable, Ref<WaitableCounter> cancelCounter = {},
+    void postAndForget(Callable&& callable) {
+        if (const Ref<Dispatcher> target = dispatcherRef()) {
+            target->postAndForget(std::forward<Callable>(callable));
+        }
+    }
+    template <class Callable>
+    void postAndForget(Callable&& callable, Ref<WaitableCounter> cancelCounter,
                        DispatchTask::Place place = DispatchTask::Place::back) {
-        if (Dispatcher* const target = dispatcher()) {
+        if (const Ref<Dispatcher> target = dispatcherRef()) {
             target->postAndForget(std::forward<Callable>(callable), std::move(cancelCounter), place);
         }
     }
@@ -73,7 +79,7 @@ public:
     [[nodiscard]] TaskHandle postDelayed(std::int64_t delayMs, Callable&& callable,
                                          Ref<WaitableCounter> cancelCounter = {},
                                          DispatchTask::Place place = DispatchTask::Place::back) {
-        Dispatcher* const target = dispatcher();
+        const Ref<Dispatcher> target = dispatcherRef();
         return target == nullptr ? TaskHandle()
                                  : target->postDelayed(delayMs, std::forward<Callable>(callable),
                                                        std::move(cancelCounter), place);

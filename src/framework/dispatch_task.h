@@ -3,12 +3,12 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <type_traits>
 #include <utility>
 
 #include "framework/ref.h"
 #include "framework/shared_count.h"
+#include "framework/task_entry.h"
 #include "framework/waitable_counter.h"
 
 namespace korva::framework {
@@ -46,7 +46,6 @@ protected:
 private:
     friend class SharedCount<DispatchTask>;
     friend class TaskHandle;
-    friend class TaskQueue;
 
     virtual void call() = 0;
 
@@ -57,7 +56,6 @@ private:
     std::atomic<std::uint32_t> handleCount{0};
     std::atomic<bool> cancelled{false};  // without a counter
     const Place queuePlace;
-    DispatchTask* next = nullptr;  // the queue's
 };
 
 namespace detail {
@@ -71,15 +69,10 @@ public:
 
 private:
     void call() override {
-        if constexpr (std::is_pointer_v<Function>) {
-            if (function == nullptr) {
-                throw std::bad_function_call();
-            }
-        }
         if constexpr (std::is_invocable_v<Function&, DispatchTask&>) {
-            function(*this);
+            callTask(function, *this);
         } else {
-            function();
+            callTask(function);
         }
     }
 

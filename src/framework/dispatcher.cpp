@@ -36,8 +36,8 @@ DispatcherUse::DispatcherUse(Ref<Dispatcher> used) noexcept : dispatcher(std::mo
 }
 
 DispatcherUse& DispatcherUse::operator=(DispatcherUse&& other) noexcept {
-    DispatcherUse former(std::move(*this));
-    dispatcher = std::move(other.dispatcher);
+    DispatcherUse taken(std::move(other));
+    std::swap(dispatcher, taken.dispatcher);
     return *this;
 }
 
@@ -61,18 +61,17 @@ Dispatcher* Dispatcher::current() noexcept {
 // the moment that it is the thread's.
 DispatcherUse Dispatcher::hostOnThisThread(WakeCallback wakeCallback) {
     DispatcherUse use(create<Dispatcher>(RootType{}, true, std::move(wakeCallback)));
+    dispatcherRegistry().add(*use);
     use->begin();
     setCurrent(use.ref());
     return use;
 }
 
 Dispatcher::Dispatcher(RootType rootType, bool isHosted, WakeCallback callback)
-    : root(rootType), hosted(isHosted), wakeCallback(std::move(callback)) {
-    dispatcherRegistry().add(*this);
-}
+    : root(rootType), hosted(isHosted), wakeCallback(std::move(callback)) {}
 
 Dispatcher::~Dispatcher() {
-    // First of all: the registry gives out references.
+    // First of all, since the registry gives out references.
     dispatcherRegistry().remove(*this);
     dropDelays();
     // The thread itself lets go of its dispatcher last, and can't wait for its own end.
@@ -82,6 +81,7 @@ Dispatcher::~Dispatcher() {
 }
 
 void Dispatcher::startThread() {
+    dispatcherRegistry().add(*this);
     liveThreads.add(1);
     AddRef();
     try {
@@ -105,6 +105,7 @@ void Dispatcher::threadEntry(void* dispatcher) {
             self->begin();
             while (self->runOneOrNothing()) {
             }
+            self->dropDelays();
             self->stopped.set(1);
         }
         setCurrent(nullptr);
@@ -127,7 +128,7 @@ void Dispatcher::waitUntilStarted() const {
     }
 }
 
-void Dispatcher::wakeHost() {
+void Dispatcher::wakeHost() noexcept {
     if (hosted && wakeCallback) {
         wakeCallback(*this);
     }
@@ -157,8 +158,9 @@ bool Dispatcher::runSynchronously(PostedCall::Function function, void* argument)
 
 // The caller serves its own queue until it is empty and takes the count of that moment for seen: what is
 // pushed later changes it. The first count seen is 0, never the present one: a call that is there already
-// would not be served, and its caller may be the thread that is waited for.
-void Dispatcher::waitUntilDone(PostedCall& call, Dispatcher* own) {
+// would not be served, and its caller may be the thread that is waited for. Nothing may be raised while the
+// other thread has the record.
+void Dispatcher::waitUntilDone(PostedCall& call, Dispatcher* own) noexcept {
     const auto isDone = [&call] { return call.done.load(std::memory_order_acquire) != 0; };
     std::uint32_t ownSeen = 0;
     const auto isCalled = [own, &ownSeen] {
@@ -197,9 +199,11 @@ bool Dispatcher::runOneCall() {
 }
 
 void Dispatcher::runAndFinish(PostedCall* call) {
+    ++runningCalls;
     if (call != nullptr) {
         runCall(*call);
     }
+    --runningCalls;
     syncQueue.finish();
 }
 
@@ -214,33 +218,23 @@ void Dispatcher::runCall(PostedCall& call) {
     call.done.store(1, std::memory_order_release);  // the record is the caller's again
 }
 
-bool Dispatcher::runOneTask() {
-    const Ref<DispatchTask> task = taskQueue.pop();
-    if (!task) {
-        return false;
-    }
-    task->run();
-    return true;
-}
-
 bool Dispatcher::runOne() {
+    // A call may end the last use of a hosted one; a thread of ours keeps its own.
+    const Ref<Dispatcher> kept = hosted ? Ref<Dispatcher>::share(this) : nullptr;
     if (state.get() == stopping) {
         drain();
         return false;
     }
+    // From inside a call, that call is in the count.
     WaitableCounter& calls = syncQueue.count();
-    const auto hasWork = [&] { return calls.get() != 0 || !taskQueue.isEmpty(); };
+    const auto hasWork = [&] { return calls.get() != runningCalls || !taskQueue.isEmpty(); };
     if (!hosted && !ownSpin.until(hasWork)) {
-        std::uint32_t callsSeen = 0;
+        std::uint32_t callsSeen = runningCalls;
         std::uint32_t tasksSeen = 0;
-        std::array waits{WaitRegistration(calls, callsSeen), WaitRegistration(taskQueue.bell(), tasksSeen)};
+        std::array waits{WaitRegistration(calls, callsSeen), WaitRegistration(taskQueue.count(), tasksSeen)};
         waitAny(waits);
     }
-    if (calls.get() != 0) {
-        runOneCall();
-        return true;
-    }
-    return runOneTask() || !hosted;
+    return runOneCall() || taskQueue.runNext() || !hosted;
 }
 
 // What a task raises ends here where nobody is there to hear of it.
@@ -259,16 +253,20 @@ void Dispatcher::drain() {
     taskQueue.close();
     while (runOneCall()) {
     }
-    while (runOneTask()) {
+    while (taskQueue.runNext()) {
     }
 }
 
 void Dispatcher::push(Ref<DispatchTask> task) {
-    waitUntilStarted();
-    if (state.get() != stopping) {
+    if (acceptsTasks()) {
         taskQueue.push(std::move(task));
         wakeHost();
     }
+}
+
+bool Dispatcher::acceptsTasks() const {
+    waitUntilStarted();
+    return state.get() != stopping;
 }
 
 void Dispatcher::pushDelayed(Ref<DispatchTask> task, std::int64_t delayMs) {
@@ -276,12 +274,17 @@ void Dispatcher::pushDelayed(Ref<DispatchTask> task, std::int64_t delayMs) {
         push(std::move(task));
         return;
     }
-    endBuilding();
-    DelayPool::delay(delays(), *this, std::move(task), delayMs);
+    if (const std::shared_ptr<DelayPool> pool = delays()) {
+        DelayPool::delay(pool, *this, std::move(task), delayMs);
+    }
 }
 
+// Null once the dispatcher is stopping: nobody would end the threads of a pool made after the last look.
 std::shared_ptr<DelayPool> Dispatcher::delays() {
     const std::lock_guard guard(threadMutex);
+    if (state.get() == stopping) {
+        return nullptr;
+    }
     if (delayPool == nullptr) {
         delayPool = std::make_shared<DelayPool>();
     }
@@ -319,7 +322,11 @@ bool Dispatcher::join(std::int64_t timeoutMs) {
         requestStop();
         while (runOneOrNothing()) {
         }
-        stopped.set(1);
+        dropDelays();
+        // A thread of ours has stopped when it is through with what it runs at present: others wait for that.
+        if (hosted) {
+            stopped.set(1);
+        }
     }
     dispatcherRegistry().remove(*this);
     return true;

@@ -39,7 +39,9 @@ struct RootType {
 };
 
 /// One use of a dispatcher, and a reference to it. The drop of the last use asks the thread to stop and waits
-/// until it has; dropped on that very thread, it runs what is left in the queues instead.  [any, blocks]
+/// until it has; dropped on that very thread, it runs what is left in the queues instead. The last use isn't
+/// dropped in a call that the thread itself waits for: that ends the process. That of a hosted dispatcher is
+/// dropped on the thread that it serves.  [any, blocks]
 class DispatcherUse {
 public:
     DispatcherUse() noexcept = default;
@@ -81,7 +83,8 @@ public:
     [[nodiscard]] static Dispatcher* current() noexcept;
 
     /// Makes a dispatcher for the calling thread, which has none or a stopped one, and gives its first use.
-    /// `wakeCallback`, which may be empty, is called by any thread after it has pushed something.
+    /// `wakeCallback`, which may be empty and raises nothing, is called by any thread after it has pushed
+    /// something.
     [[nodiscard]] static DispatcherUse hostOnThisThread(WakeCallback wakeCallback);
 
     /// Runs `function(argument)` on the dispatcher's thread and waits until it has run, without a limit; at
@@ -108,9 +111,22 @@ public:
         return handle;
     }
 
-    /// The same without a handle: nobody can cancel it but by `cancelCounter`.
+    /// The same without a handle: nobody can cancel it but by `cancelCounter`. A small callable needs no
+    /// memory of its own.
     template <class Callable>
-    void postAndForget(Callable&& callable, Ref<WaitableCounter> cancelCounter = {},
+    void postAndForget(Callable&& callable) {
+        using Function = std::decay_t<Callable>;
+        if constexpr (TaskEntry::fits<Function> && std::is_invocable_v<Function&>) {
+            if (acceptsTasks()) {
+                taskQueue.push(std::forward<Callable>(callable));
+                wakeHost();
+            }
+        } else {
+            push(makeTask(std::forward<Callable>(callable)));
+        }
+    }
+    template <class Callable>
+    void postAndForget(Callable&& callable, Ref<WaitableCounter> cancelCounter,
                        DispatchTask::Place place = DispatchTask::Place::back) {
         push(makeTask(std::forward<Callable>(callable), std::move(cancelCounter), place));
     }
@@ -178,6 +194,7 @@ private:
 
     static void threadEntry(void* dispatcher);
 
+    [[nodiscard]] bool acceptsTasks() const;
     void push(Ref<DispatchTask> task);
     void pushDelayed(Ref<DispatchTask> task, std::int64_t delayMs);
     std::shared_ptr<DelayPool> delays();
@@ -188,14 +205,13 @@ private:
 
     void begin();
     void waitUntilStarted() const;
-    void wakeHost();
-    void waitUntilDone(PostedCall& call, Dispatcher* own);
+    void wakeHost() noexcept;
+    void waitUntilDone(PostedCall& call, Dispatcher* own) noexcept;
     bool runOneOrNothing() noexcept;
     std::uint32_t serveCalls();
     void runAndFinish(PostedCall* call);
     void runCall(PostedCall& call);
     bool runOneCall();
-    bool runOneTask();
     void drain();
     bool waitUntilStopped(std::int64_t timeoutMs);
     void refuseDeadlock(const Dispatcher& own) const;
@@ -213,7 +229,8 @@ private:
     WaitableCounter stopped;
     const WakeCallback wakeCallback;
     std::atomic<std::uint32_t> useCount{0};
-    PostedCall* runningCall = nullptr;  // the dispatcher's thread only
+    PostedCall* runningCall = nullptr;  // the dispatcher's thread only, like the next one
+    std::uint32_t runningCalls = 0;     // these are in the queue's count, too
 
     platform::Mutex threadMutex;  // for the rest
     platform::Thread thread;

@@ -11,8 +11,8 @@ namespace korva::framework {
 
 class Dispatcher;
 
-/// A list of dispatchers. Every dispatcher is in the process's one from its construction until it was joined,
-/// or is destroyed.  [any]
+/// A list of dispatchers. Every dispatcher is in the process's one from its start until it was joined, or is
+/// destroyed.  [any]
 class DispatcherRegistry {
 public:
     constexpr DispatcherRegistry() noexcept = default;

@@ -1,7 +1,6 @@
 // What has listeners.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "framework/listener_list.h"

@@ -41,7 +41,7 @@ public:
 
 private:
     class Chain;
-    std::unique_ptr<Chain> chain;
+    std::shared_ptr<Chain> chain;
 };
 
 }  // namespace korva::framework

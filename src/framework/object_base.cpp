@@ -53,7 +53,7 @@ std::uint32_t ObjectBase::Release() {
 
 bool ObjectBase::addRefIfAlive() {
     const std::lock_guard guard(*lock);
-    if (refCount == 0) {
+    if (refCount == 0 || destroying) {
         return false;
     }
     AddRef();

@@ -55,8 +55,9 @@ protected:
     ObjectBase();
     virtual ~ObjectBase();
 
-    /// Hooks with the new count: after an `AddRef`, outside the lock; in `Release`, under the lock, before
-    /// and after the weak reference is cleared.  [any]
+    /// Hooks with the new count: after an `AddRef` (inside the lock if it came by a weak reference); in
+    /// `Release`, under the lock, before and after the weak reference is cleared. They take no reference to
+    /// the object.  [any]
     virtual void onAddRef(std::uint32_t count);
     virtual void onReleaseLocked(std::uint32_t count);
     virtual void onRelease(std::uint32_t count);

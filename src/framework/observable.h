@@ -34,7 +34,8 @@ public:
 
     /// The published value.  [owner]
     [[nodiscard]] const T& value() const noexcept { return current; }
-    /// The value that a change brings; between changes the published one.  [owner]
+    /// The value that a change brings; between changes the published one, unless a change was begun and
+    /// finished without a commit.  [owner]
     [[nodiscard]] const T& pending() const noexcept { return incomingValue; }
     [[nodiscard]] const T& defaultValue() const noexcept { return *resetValue; }
     [[nodiscard]] bool isDefault() const override { return equalValues(current, *resetValue); }
@@ -56,12 +57,15 @@ public:
         if (owner().isOwnerThread()) [[likely]] {
             return setHere(incoming, flags);
         }
-        return owner().template onOwner<std::uint32_t>([&] { return setHere(incoming, flags); });
+        // The calling thread serves others while it waits, and one of them may change what it refers to.
+        const T copy = incoming;
+        return owner().template onOwner<std::uint32_t>([&] { return setHere(copy, flags); });
     }
 
     /// The first phase; result as of `set`. The others are `commitChange` and `finishChange`.  [any, blocks]
     std::uint32_t beginChange(const T& incoming) {
-        return owner().template onOwner<std::uint32_t>([&] { return begin(&incoming); });
+        const T copy = incoming;
+        return owner().template onOwner<std::uint32_t>([&] { return begin(&copy); });
     }
 
     /// Sets the value to its default.  [any, blocks]
@@ -74,11 +78,18 @@ private:
     }
 
     std::uint32_t setHere(const T& incoming, std::uint32_t flags) {
-        const std::uint32_t result = isSimple() ? setSimply(incoming) : change(&incoming);
+        const std::uint32_t result = isSimple() ? setSimply(incoming) : setByPhases(incoming);
         if ((flags & pulse) != 0) {
             change(resetValue);
         }
         return result;
+    }
+
+    // A copy, since a change that is under way is finished first, and its listeners may change what it refers
+    // to.
+    std::uint32_t setByPhases(const T& incoming) {
+        const T copy = incoming;
+        return change(&copy);
     }
 
     // What `change` comes to without propagators, in line.
@@ -86,12 +97,10 @@ private:
         if (equalValues(incomingValue, incoming)) {
             return equal;
         }
+        enter(State::propagating);
         incomingValue = incoming;
         if (equalValues(current, incomingValue)) {
-            return done;
-        }
-        if (!hasSubscribers()) {
-            current = incomingValue;
+            enter(State::idle);
             return done;
         }
         const Addresses at{&current, &incomingValue, resetValue};

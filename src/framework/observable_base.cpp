@@ -47,20 +47,6 @@ void ObservableBase::commit() {
     state = State::committed;
 }
 
-void ObservableBase::runBefore(const Addresses& at) {
-    state = State::before;
-    if (hasBeforeFunctions) {
-        runSubscribers(&SubscriberNode::beforeFunction, at);
-    }
-}
-
-void ObservableBase::runAfter(const Addresses& at) {
-    state = State::after;
-    runSubscribers(&SubscriberNode::afterFunction, at);
-    changed = false;
-    state = State::idle;
-}
-
 void ObservableBase::finish() {
     if (state == State::before || state == State::after) {
         return;

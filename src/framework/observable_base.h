@@ -20,6 +20,8 @@ namespace korva::framework {
 /// rest of that walk, which is then run at once. What a listener raises passes through, and the value stays
 /// in the middle of its change for good: listeners of the system don't raise.
 ///
+/// Whoever makes a change keeps the owner alive until it is done, whatever the listeners do.
+///
 /// Every public operation may be called by any thread; the owner's thread does it
 /// (`ObservableOwner::onOwner`). [any, blocks]
 class ObservableBase : public ListenedTo {
@@ -47,6 +49,9 @@ public:
 
     /// Whether the published value is the default, that is unset.  [owner]
     [[nodiscard]] virtual bool isDefault() const = 0;
+
+    /// Whether before functions run: the value is about to change, and after functions will follow.  [owner]
+    [[nodiscard]] bool isAboutToChange() const noexcept { return state == State::before; }
 
 protected:
     enum class State : std::uint8_t {
@@ -79,9 +84,19 @@ protected:
     /// Whether a change would begin and be done with in one go: none is going on, and no propagator can
     /// interfere. Then these two, around the publication, are all that there is to it.
     [[nodiscard]] bool isSimple() const noexcept { return state == State::idle && propagators.isEmpty(); }
-    [[nodiscard]] bool hasSubscribers() const noexcept { return !subscribers.isEmpty(); }
-    void runBefore(const Addresses& at);
-    void runAfter(const Addresses& at);
+    void enter(State next) noexcept { state = next; }
+    void runBefore(const Addresses& at) {
+        state = State::before;
+        if (hasBeforeFunctions) {
+            runSubscribers(&SubscriberNode::beforeFunction, at);
+        }
+    }
+    void runAfter(const Addresses& at) {
+        state = State::after;
+        runSubscribers(&SubscriberNode::afterFunction, at);
+        changed = false;
+        state = State::idle;
+    }
 
     // What the value's type adds.
     [[nodiscard]] virtual bool pendingEquals(const void* incoming) const = 0;

@@ -9,8 +9,7 @@ namespace korva::framework {
 
 SlotHandle ObservableCollection::Listeners::add(const SubscriberNode& listener, Position position) {
     walkRest();
-    const SlotHandle handle = list.add(subscriberSlots(), listener, position);
-    return handle;
+    return list.add(subscriberSlots(), listener, position);
 }
 
 bool ObservableCollection::Listeners::remove(void* context, ListenerFunction before, ListenerFunction after) {
@@ -56,13 +55,21 @@ void ObservableCollection::describeMembers(ClassInfo& info) {
     describe(info, "lastMove", &ObservableCollection::lastMove);
 }
 
+/// Refuses changes from inside a change.
+class ObservableCollection::Changing {
+public:
+    explicit Changing(bool& changingFlag) noexcept : flag(changingFlag) { flag = true; }
+    ~Changing() { flag = false; }
+    Changing(const Changing&) = delete;
+    Changing& operator=(const Changing&) = delete;
+
+private:
+    bool& flag;
+};
+
 template <class Change>
 bool ObservableCollection::changeElements(ActiveObject& element, Reason reason, const Change& change) {
-    struct Changing {
-        bool& flag;
-        explicit Changing(bool& changingFlag) : flag(changingFlag) { flag = true; }
-        ~Changing() { flag = false; }
-    } guard(changing);
+    const Changing guard(changing);
     listeners.tell(&SubscriberNode::beforeFunction, element, reason);
     change();
     size.set(static_cast<std::int32_t>(held.size()));
@@ -126,6 +133,7 @@ bool ObservableCollection::moveHere(std::size_t from, std::size_t to) {
     } else {
         std::rotate(at(to), at(from), at(from + 1));
     }
+    const Changing guard(changing);
     lastMove.set({moved, static_cast<std::int32_t>(from), static_cast<std::int32_t>(to)});
     order.set(order.value() + 1);
     return true;

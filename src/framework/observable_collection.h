@@ -89,6 +89,8 @@ private:
         Reason reason = Reason::change;
     };
 
+    class Changing;
+
     template <class Change>
     bool changeElements(ActiveObject& element, Reason reason, const Change& change);
 

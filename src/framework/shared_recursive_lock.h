@@ -15,7 +15,6 @@ namespace korva::framework {
 class SharedRecursiveLock final : public SharedCount<SharedRecursiveLock> {
 public:
     void lock() { mutex.lock(); }
-    bool try_lock() { return mutex.try_lock(); }
     void unlock() { mutex.unlock(); }
 
     /// The calling thread begins to build the object.

@@ -74,7 +74,9 @@ private:
     static constexpr Node dummy{};
 
     void grow(std::uint32_t larger) {
-        const auto first = static_cast<std::uint32_t>(freeIndices.size());
+        const std::uint32_t first = capacity();
+        freeIndices.reserve(larger);
+        entries.reserve(larger);  // from here on nothing can fail
         freeIndices.resize(larger);
         entries.resize(larger);
         for (std::uint32_t index = first; index < larger; ++index) {

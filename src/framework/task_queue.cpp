@@ -1,107 +1,102 @@
 #include "framework/task_queue.h"
 
-#include <utility>
+#include <iterator>
 
 namespace korva::framework {
 
-namespace {
-
-// Stands for the list of a closed queue. Not a task: only its address counts.
-alignas(DispatchTask) constinit char closedMark = 0;
-
-DispatchTask* closedList() noexcept {
-    return reinterpret_cast<DispatchTask*>(&closedMark);
-}
-
-bool isList(const DispatchTask* tasks) noexcept {
-    return tasks != nullptr && tasks != closedList();
-}
-
-}  // namespace
-
-TaskQueue::~TaskQueue() {
-    while (pop()) {
+TaskQueue::Chunks::~Chunks() {
+    while (TaskEntry* entry = next()) {
+        entry->drop();
     }
 }
 
-bool TaskQueue::hasPushed(const Pushed& list) noexcept {
-    return isList(list.load(std::memory_order_acquire));
+TaskEntry& TaskQueue::Chunks::append() {
+    if (last == nullptr || last->end == Chunk::places) {
+        auto chunk = spare != nullptr ? std::move(spare) : std::make_unique<Chunk>();
+        Chunk* const added = chunk.get();
+        (last != nullptr ? last->next : first) = std::move(chunk);
+        last = added;
+    }
+    return last->entries[last->end++];
 }
 
-// Taking empties a list whole, so an address that comes back means the same list: the exchange has no ABA.
-bool TaskQueue::push(Ref<DispatchTask> task) {
-    Pushed& list = task->place() == DispatchTask::Place::front ? pushedFronts : pushedBacks;
-    DispatchTask* latest = list.load(std::memory_order_relaxed);
-    do {
-        if (latest == closedList()) {
-            return false;
+// An emptied chunk stays first until it is asked for more. One is kept: it is the next to be filled.
+TaskEntry* TaskQueue::Chunks::next() {
+    while (first != nullptr && first->begin == first->end) {
+        std::unique_ptr<Chunk> emptied = std::move(first);
+        first = std::move(emptied->next);
+        if (first == nullptr) {
+            last = nullptr;
         }
-        task->next = latest;
-    } while (!list.compare_exchange_weak(latest, task.get(), std::memory_order_release,
-                                         std::memory_order_relaxed));
-    static_cast<void>(task.giveUp());
-    // Whoever pushes to a list with tasks in it leaves the bell to the one who found it empty.
-    if (latest == nullptr) {
-        pushedBell.set(1);
+        emptied->begin = 0;
+        emptied->end = 0;
+        spare = std::move(emptied);
     }
+    return first == nullptr ? nullptr : &first->entries[first->begin++];
+}
+
+TaskQueue::~TaskQueue() = default;
+
+bool TaskQueue::push(Ref<DispatchTask> task) {
+    if (task->place() == DispatchTask::Place::back) {
+        return push([task = std::move(task)] { task->run(); });
+    }
+    bool accepted = false;
+    pushedCount.update([&](std::uint32_t& count) {
+        if (!isClosed) {
+            pushedFronts.push_back(std::move(task));
+            hasPushedFronts.store(true, std::memory_order_release);
+            ++count;
+            accepted = true;
+        }
+    });
+    return accepted;
+}
+
+bool TaskQueue::runNext() {
+    if (hasPushedFronts.load(std::memory_order_acquire)) {
+        takeFronts();
+    }
+    if (!fronts.empty()) {
+        const Ref<DispatchTask> task = std::move(fronts.back());
+        fronts.pop_back();
+        task->run();
+        return true;
+    }
+    if (taken.isEmpty()) {
+        take();
+    }
+    TaskEntry* const entry = taken.next();
+    if (entry == nullptr) {
+        return false;
+    }
+    entry->run();
     return true;
 }
 
-Ref<DispatchTask> TaskQueue::pop() {
-    // Fronts overtake what has been taken already.
-    if (hasPushed(pushedFronts)) {
-        takeFronts();
-    }
-    if (fronts == nullptr && backs == nullptr) {
-        takeBacks();
-    }
-    DispatchTask*& first = fronts != nullptr ? fronts : backs;
-    if (first == nullptr) {
-        return {};
-    }
-    auto task = Ref<DispatchTask>::adopt(first);
-    first = std::exchange(task->next, nullptr);
-    return task;
+// What was taken before is empty, and is what is pushed to next; looking for more makes its chunk the spare.
+void TaskQueue::take() {
+    static_cast<void>(taken.next());
+    pushedCount.update([this](std::uint32_t& count) {
+        std::swap(taken.first, pushed.first);
+        std::swap(taken.last, pushed.last);
+        std::swap(taken.spare, pushed.spare);
+        count = static_cast<std::uint32_t>(pushedFronts.size());
+    });
 }
 
 void TaskQueue::takeFronts() {
-    DispatchTask* const pushed =
-        pushedFronts.exchange(isClosed ? closedList() : nullptr, std::memory_order_acquire);
-    if (!isList(pushed)) {
-        return;
-    }
-    DispatchTask* oldest = pushed;
-    while (oldest->next != nullptr) {
-        oldest = oldest->next;
-    }
-    oldest->next = fronts;
-    fronts = pushed;
+    pushedCount.update([this](std::uint32_t& count) {
+        fronts.insert(fronts.end(), std::make_move_iterator(pushedFronts.begin()),
+                      std::make_move_iterator(pushedFronts.end()));
+        count -= static_cast<std::uint32_t>(pushedFronts.size());
+        pushedFronts.clear();
+        hasPushedFronts.store(false, std::memory_order_relaxed);
+    });
 }
 
 void TaskQueue::close() {
-    isClosed = true;
-    takeFronts();
-    takeBacks();
-}
-
-// The bell goes silent first: a push that finds the list empty comes after the exchange, and rings anew.
-void TaskQueue::takeBacks() {
-    if (pushedBell.get() != 0) {
-        pushedBell.set(0);
-    }
-    DispatchTask* pushed = pushedBacks.exchange(isClosed ? closedList() : nullptr, std::memory_order_acquire);
-    if (!isList(pushed)) {
-        return;
-    }
-    DispatchTask* oldestFirst = nullptr;
-    while (pushed != nullptr) {
-        oldestFirst = std::exchange(pushed, std::exchange(pushed->next, oldestFirst));
-    }
-    DispatchTask** end = &backs;
-    while (*end != nullptr) {
-        end = &(*end)->next;
-    }
-    *end = oldestFirst;
+    pushedCount.update([this](std::uint32_t&) { isClosed = true; });
 }
 
 }  // namespace korva::framework

@@ -3,19 +3,22 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
 
 #include "framework/dispatch_task.h"
 #include "framework/ref.h"
+#include "framework/task_entry.h"
 #include "framework/waitable_counter.h"
 
 namespace korva::framework {
 
 /// Tasks in the order in which they will run: those pushed to the front, the latest first, then the others in
-/// their order. Any thread pushes, by one exchange; one thread takes. That thread takes whatever is there at
-/// once and keeps it in lists of its own, so that it meets the others once a batch and not once a task.
-///
-/// The bell (`bell`) rings when something was pushed to an empty list. It may ring when nothing is left, but
-/// never stays silent while something is there and the taking thread has not been told of it.
+/// their order. Any thread pushes, one thread runs. That thread takes whatever is there at once, so it meets
+/// the others once a batch and not once a task; small callables lie in the queue itself, one behind the
+/// other, so that no task waits for the memory of the one before.
 class TaskQueue {
 public:
     TaskQueue() = default;
@@ -23,43 +26,84 @@ public:
     TaskQueue& operator=(const TaskQueue&) = delete;
     ~TaskQueue();
 
-    /// Queues a task. False, with the reference dropped, if the queue is closed.  [any]
-    bool push(Ref<DispatchTask> task);
-
-    /// The next task; null if there is none.  [the taking thread]
-    [[nodiscard]] Ref<DispatchTask> pop();
-
-    /// Takes no more tasks from now on; those that it has stay.  [the taking thread]
-    void close();
-
-    /// Whether a `pop` would give a task, to look at without waiting.  [the taking thread]
-    [[nodiscard]] bool isEmpty() const noexcept {
-        return fronts == nullptr && backs == nullptr && !hasPushed(pushedFronts) && !hasPushed(pushedBacks);
+    /// Queues a callable that fits an entry. False, with nothing kept, if the queue is closed.  [any]
+    template <class Callable>
+    requires TaskEntry::fits<std::decay_t<Callable>>
+    bool push(Callable&& callable) {
+        bool accepted = false;
+        // Made here: a copy may raise something, or push to this queue.
+        std::decay_t<Callable> function(std::forward<Callable>(callable));
+        pushedCount.update([&](std::uint32_t& count) {
+            if (!isClosed) {
+                pushed.append().store(std::move(function));
+                ++count;
+                accepted = true;
+            }
+        });
+        return accepted;
     }
 
-    /// Not 0 when tasks have been pushed: to be waited for.  [any]
-    [[nodiscard]] WaitableCounter& bell() noexcept { return pushedBell; }
+    /// Queues a task at the end that it asks for. False if the queue is closed.  [any]
+    bool push(Ref<DispatchTask> task);
+
+    /// Runs the next task; false if there is none. What it raises goes on to the caller; the task is done
+    /// with all the same.  [the running thread]
+    bool runNext();
+
+    /// Takes no more tasks from now on; those that it has stay.  [any]
+    void close();
+
+    /// Whether `runNext` would run nothing.  [the running thread]
+    [[nodiscard]] bool isEmpty() const noexcept {
+        return fronts.empty() && taken.isEmpty() && pushedCount.get() == 0;
+    }
+
+    /// Not 0 while there are tasks that the running thread has not taken: to be waited for.  [any]
+    [[nodiscard]] WaitableCounter& count() noexcept { return pushedCount; }
 
 private:
-    using Pushed = std::atomic<DispatchTask*>;
+    /// Some entries, one behind the other.
+    struct Chunk {
+        static constexpr std::size_t places = 31;
+
+        std::unique_ptr<Chunk> next;  // never empty
+        std::size_t begin = 0;        // the first full entry
+        std::size_t end = 0;          // behind the last one
+        TaskEntry entries[places];
+    };
+
+    /// A list of chunks.
+    struct Chunks {
+        std::unique_ptr<Chunk> first;
+        Chunk* last = nullptr;
+        std::unique_ptr<Chunk> spare;  // one that was emptied
+
+        ~Chunks();
+        [[nodiscard]] bool isEmpty() const noexcept {
+            return first == nullptr || (first->begin == first->end && first->next == nullptr);
+        }
+        TaskEntry& append();
+        /// The first entry, which is the caller's to empty before the next call; null if there is none.
+        TaskEntry* next();
+    };
+
+    void take();
+    void takeFronts();
 
     static constexpr std::size_t cacheLine = 64;  // of every processor that this runs on, or a part of it
 
-    [[nodiscard]] static bool hasPushed(const Pushed& list) noexcept;
-    void take();
-    void takeFronts();
-    void takeBacks();
-
-    // Linked by `DispatchTask::next`, the latest first; each entry is one reference. The two lie apart, since
-    // the taking thread looks at the first for each task, while others write to the second.
-    alignas(cacheLine) Pushed pushedBacks{nullptr};
-    alignas(cacheLine) WaitableCounter pushedBell;
-    alignas(cacheLine) Pushed pushedFronts{nullptr};
-
-    // The taking thread's, in the order in which they will run.
-    DispatchTask* fronts = nullptr;
-    DispatchTask* backs = nullptr;
+    // Under the mutex of the count, which counts both.
+    WaitableCounter pushedCount;
+    Chunks pushed;
+    std::vector<Ref<DispatchTask>> pushedFronts;  // the latest last
     bool isClosed = false;
+
+    // Apart from the rest: the running thread looks at it for each task, while others push.
+    alignas(cacheLine) std::atomic<bool> hasPushedFronts{false};
+
+    // The running thread's.
+    Chunks taken;
+    std::vector<Ref<DispatchTask>> fronts;  // the next one last
 };
 
 }  // namespace korva::framework

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <memory>
+#include <stdexcept>
+#include <thread>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -22,23 +25,22 @@ void WaitBlock::reset() {
     index = -1;
 }
 
-void WaitBlock::offer(const WaitRegistration& registration, std::uint32_t value) {
-    {
-        const std::lock_guard guard(mutex);
-        if (index >= 0 || !registration.endsAt(value)) {
-            return;
-        }
-        registration.markSeen(value);
-        index = registration.index;
+bool WaitBlock::offer(const WaitRegistration& registration, std::uint32_t value) {
+    if (!registration.endsAt(value)) {
+        return false;
     }
-    // Outside the block's mutex, so that the woken thread doesn't run into it. It can't leave the wait, and
-    // with it the block, before it had the counter's mutex, which the caller holds.
-    wake();
+    const std::lock_guard guard(mutex);
+    if (index >= 0) {
+        return false;
+    }
+    registration.markSeen(value);
+    index = registration.index;
+    return true;
 }
 
-int WaitBlock::signalledIndex() {
+bool WaitBlock::isSignalled() {
     const std::lock_guard guard(mutex);
-    return index;
+    return index >= 0;
 }
 
 void ConditionBlock::sleep(const WaitLimit& limit) {
@@ -62,12 +64,26 @@ void EventBlock::reset() {
 }
 
 int EventBlock::sleep(std::span<const platform::WaitHandle> handles, const WaitLimit& limit) {
+    if (handles.size() > maxHandles) {
+        throw std::invalid_argument("waiting for handles: too many");
+    }
     std::array<platform::WaitHandle, platform::maxWaitHandles> all{};
     std::copy(handles.begin(), handles.end(), all.begin());
     all[handles.size()] = event->handle();
-    const int signalled =
-        platform::waitForHandles({all.data(), handles.size() + 1}, limit.sliceMs(waitForever));
-    return signalled == static_cast<int>(handles.size()) ? -1 : signalled;
+    const auto own = static_cast<int>(handles.size());
+    while (true) {
+        const int signalled =
+            platform::waitForHandles({all.data(), handles.size() + 1}, limit.sliceMs(waitForever));
+        if (signalled != own) {
+            return signalled;
+        }
+        // It may have been a late wake for the block's last user. Reset first: a signal after that sets it
+        // anew.
+        event->reset();
+        if (isSignalled()) {
+            return -1;
+        }
+    }
 }
 
 namespace {
@@ -114,8 +130,9 @@ private:
 
     void grow() {
         if (blocks == nullptr) {
+            auto list = std::make_unique<std::vector<Block*>>();
             blocks = new Blocks;
-            unused = new std::vector<Block*>;
+            unused = list.release();
         }
         const std::size_t count = blocks->empty() ? initialCount : 2 * blocks->size();
         blocks->reserve(count);
@@ -130,6 +147,8 @@ private:
     Blocks* blocks = nullptr;
     std::vector<Block*>* unused = nullptr;
 };
+
+constinit std::atomic<std::uint32_t> lateWakes{0};
 
 constinit BlockPool<ConditionBlock> conditionBlocks;
 constinit BlockPool<EventBlock> eventBlocks;
@@ -169,7 +188,19 @@ WaitBlockCounts waitBlockCounts() {
     return {conditions.all + events.all, conditions.used + events.used};
 }
 
+LateWakes::LateWakes() noexcept {
+    lateWakes.fetch_add(1);
+}
+
+LateWakes::~LateWakes() {
+    lateWakes.fetch_sub(1);
+}
+
+// A late wake is a few instructions from its end.
 void freeUnusedWaitBlocks() {
+    while (lateWakes.load() != 0) {
+        std::this_thread::yield();
+    }
     conditionBlocks.freeIfUnused();
     eventBlocks.freeIfUnused();
 }

@@ -24,17 +24,21 @@ public:
     /// Before a wait: not signalled.  [the block's user]
     void reset();
 
-    /// Signals the block with the registration's index if `value` ends its wait and nobody was first. The
-    /// caller holds the counter's mutex.  [any]
-    void offer(const WaitRegistration& registration, std::uint32_t value);
+    /// Signals the block with the registration's index if `value` ends its wait and nobody was first; true
+    /// then, and the caller, who holds the counter's mutex, wakes the block after it has unlocked that. [any]
+    [[nodiscard]] bool offer(const WaitRegistration& registration, std::uint32_t value);
 
-    /// The index that signalled it; -1 if none did.  [any]
-    [[nodiscard]] int signalledIndex();
+    /// Wakes the thread that sleeps on the block. It may come late, when the block serves another wait or
+    /// none: a wake alone ends no wait.  [any]
+    virtual void wake() noexcept = 0;
+
+    /// The index that signalled it; -1 if none did.  [the block's user, when it stands in no queue any more]
+    [[nodiscard]] int signalledIndex() const noexcept { return index; }
 
 protected:
     ~WaitBlock() = default;
 
-    virtual void wake() noexcept = 0;
+    [[nodiscard]] bool isSignalled();
 
     platform::Mutex mutex;
     int index = -1;  // under the mutex; 0 or more: signalled
@@ -46,9 +50,9 @@ public:
     /// Sleeps until it is signalled or the limit passes.  [the block's user, blocks]
     void sleep(const WaitLimit& limit);
 
-private:
     void wake() noexcept override { signalled.notifyOne(); }
 
+private:
     platform::ConditionVariable signalled;
 };
 
@@ -58,16 +62,16 @@ public:
     /// At most so many handles beside the block's own.
     static constexpr std::size_t maxHandles = platform::maxWaitHandles - 1;
 
-    /// Drops a signal that came after the last wait's end, too.  [the block's user]
+    /// As the base's; makes the event that a first wait needs.
     void reset();
 
     /// Sleeps until it is signalled, one of `handles` is, or the limit passes; gives the lowest index of a
     /// handle that is signalled, or -1.  [the block's user, blocks]
     int sleep(std::span<const platform::WaitHandle> handles, const WaitLimit& limit);
 
-private:
     void wake() noexcept override { event->signal(); }
 
+private:
     std::optional<platform::Event> event;  // made by the first wait
 };
 
@@ -100,5 +104,15 @@ struct WaitBlockCounts {
 
 /// Frees the pools whose blocks are all unused, for a library that is about to be unloaded.  [any]
 void freeUnusedWaitBlocks();
+
+/// Made before the counter's mutex is unlocked: until it ends, no block is freed, though its user may have
+/// left.
+class LateWakes {
+public:
+    LateWakes() noexcept;
+    ~LateWakes();
+    LateWakes(const LateWakes&) = delete;
+    LateWakes& operator=(const LateWakes&) = delete;
+};
 
 }  // namespace korva::framework

@@ -1,5 +1,7 @@
 #include "framework/waitable_counter.h"
 
+#include <array>
+
 #include "framework/wait_any.h"
 #include "framework/wait_block.h"
 
@@ -26,9 +28,25 @@ bool WaitableCounter::waitFor(std::uint32_t& lastSeen, std::int64_t timeoutMs) {
     return waitAny({&registration, 1}, timeoutMs) == 0;
 }
 
-void WaitableCounter::offer(std::uint32_t changed) const {
+// Threads are woken after the mutex is free, which is the first thing that they ask for. A few at a time:
+// there is hardly ever more than one.
+void WaitableCounter::offer(std::uint32_t changed, std::unique_lock<platform::Mutex>& guard) const {
+    std::array<WaitBlock*, 8> signalled;
+    std::size_t count = 0;
     for (const WaitRegistration* waiter = first; waiter != nullptr; waiter = waiter->next) {
-        waiter->block->offer(*waiter, changed);
+        if (!waiter->block->offer(*waiter, changed)) {
+            continue;
+        }
+        if (count < signalled.size()) {
+            signalled[count++] = waiter->block;
+        } else {
+            waiter->block->wake();
+        }
+    }
+    const LateWakes late;
+    guard.unlock();
+    for (std::size_t i = 0; i < count; ++i) {
+        signalled[i]->wake();
     }
 }
 
@@ -40,7 +58,8 @@ void WaitableCounter::enter(WaitRegistration& registration) {
     registration.next = nullptr;
     (last != nullptr ? last->next : first) = &registration;
     last = &registration;
-    registration.block->offer(registration, value.load(std::memory_order_relaxed));
+    // Nobody sleeps yet: the waiter itself is here.
+    static_cast<void>(registration.block->offer(registration, value.load(std::memory_order_relaxed)));
 }
 
 void WaitableCounter::leave(WaitRegistration& registration) {

@@ -74,12 +74,12 @@ public:
     /// value, and wakes as `set` does. Gives the new value.
     template <class Change>
     std::uint32_t update(const Change& change) {
-        const std::lock_guard guard(mutex);
+        std::unique_lock guard(mutex);
         std::uint32_t changed = value.load(std::memory_order_relaxed);
         change(changed);
         value.store(changed, std::memory_order_release);
         if (first != nullptr) {
-            offer(changed);
+            offer(changed, guard);
         }
         return changed;
     }
@@ -101,7 +101,7 @@ public:
 private:
     friend class Wait;
 
-    void offer(std::uint32_t changed) const;
+    void offer(std::uint32_t changed, std::unique_lock<platform::Mutex>& guard) const;
     void enter(WaitRegistration& registration);
     void leave(WaitRegistration& registration);
 

@@ -1,0 +1,23 @@
+# The tests of objects with an owner, and of values that others listen to.
+set(object_tests
+    active_object_close_test.cpp
+    active_object_test.cpp
+    class_info_test.cpp
+    derived_value_test.cpp
+    listener_list_test.cpp
+    nested_watch_reentry_test.cpp
+    nested_watch_test.cpp
+    object_base_test.cpp
+    observable_collection_test.cpp
+    observable_listeners_test.cpp
+    observable_phases_test.cpp
+    observable_reentry_test.cpp
+    observable_size_test.cpp
+    observable_test.cpp
+    observable_threads_test.cpp
+    observable_values_test.cpp
+    ref_test.cpp
+    shared_bytes_test.cpp
+    slot_table_test.cpp
+    weak_reference_test.cpp
+    wiring_test.cpp)
