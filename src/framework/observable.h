@@ -103,6 +103,12 @@ private:
             enter(State::idle);
             return done;
         }
+        if (!hasSubscribers()) {
+            enter(State::before);
+            current = incomingValue;
+            enter(State::idle);
+            return done;
+        }
         const Addresses at{&current, &incomingValue, resetValue};
         runBefore(at);
         current = incomingValue;

@@ -84,6 +84,7 @@ protected:
     /// Whether a change would begin and be done with in one go: none is going on, and no propagator can
     /// interfere. Then these two, around the publication, are all that there is to it.
     [[nodiscard]] bool isSimple() const noexcept { return state == State::idle && propagators.isEmpty(); }
+    [[nodiscard]] bool hasSubscribers() const noexcept { return !subscribers.isEmpty(); }
     void enter(State next) noexcept { state = next; }
     void runBefore(const Addresses& at) {
         state = State::before;

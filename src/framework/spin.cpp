@@ -11,9 +11,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::microseconds spinTime{20};
+constexpr std::chrono::microseconds spinTime{50};
 constexpr int looksBetweenClocks = 32;
-constexpr int greatestPenalty = 64;
+constexpr int greatestPenalty = 16;
 
 // Lets the core's other thread run, and keeps the loop from filling the core with loads.
 void pause() noexcept {

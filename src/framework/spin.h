@@ -6,9 +6,9 @@
 
 namespace korva::framework {
 
-/// Looks again and again, for some 20 microseconds at most, before its caller sleeps: waking a thread costs
+/// Looks again and again, for some 50 microseconds at most, before its caller sleeps: waking a thread costs
 /// as much or more, so an answer that comes soon is had without. It learns from what came of it: after a spin
-/// in vain it leaves the next one out, then the next two, and so on up to 64, so that a thread whose answers
+/// in vain it leaves the next one out, then the next two, and so on up to 16, so that a thread whose answers
 /// are slow, or come from a thread that shares its core, burns next to nothing. On one processor it looks
 /// once. Threads may share one: what they learn is a hint.  [any]
 class AdaptiveSpin {
