@@ -13,7 +13,6 @@ namespace korva::platform {
 // unasked. It allocates nothing, and nobody may sleep on it when it is destroyed.
 //
 //     void notifyOne() noexcept;                                           [any]
-//     void wait(std::unique_lock<Mutex>& lock);                            [any, blocks]
 //     void waitFor(std::unique_lock<Mutex>& lock, std::int64_t limitMs);   [any, blocks]  limitMs: 1 to
 //     86,400,000
 

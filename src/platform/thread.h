@@ -1,6 +1,8 @@
 // Threads that keep the library loaded in which they run.
 #pragma once
 
+#include <utility>
+
 #include "native/thread_handle.h"
 
 namespace korva::platform {
@@ -22,14 +24,19 @@ public:
     Thread(Entry entry, void* argument);
 
     /// Takes the thread over; `other` is none afterwards. A thread that this object was before is detached.
-    Thread(Thread&& other) noexcept;
-    Thread& operator=(Thread&& other) noexcept;
+    Thread(Thread&& other) noexcept : handle(other.handle), isThread(std::exchange(other.isThread, false)) {}
+    Thread& operator=(Thread&& other) noexcept {
+        Thread taken(std::move(other));
+        std::swap(handle, taken.handle);
+        std::swap(isThread, taken.isThread);
+        return *this;
+    }
 
     /// Detaches a thread that nobody joined.
-    ~Thread();
+    ~Thread() { detach(); }
 
     /// Whether this is a thread that was neither joined nor detached; it may have ended long since.
-    [[nodiscard]] bool joinable() const noexcept;
+    [[nodiscard]] bool joinable() const noexcept { return isThread; }
 
     /// Waits until the thread has ended and holds the library no more; this is no thread then. Raises
     /// `std::system_error`, and changes nothing, with `std::errc::invalid_argument` if this is no thread,

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "framework/dispatcher.h"
+#include "tests/support/busy_dispatcher.h"
 #include "tests/support/one_time_gate.h"
 #include "tests/support/thread_count.h"
 #include "tests/support/wait_until.h"
@@ -25,28 +26,6 @@ class LateDispatcher final : public ObjectClass<LateDispatcher, Dispatcher> {
 public:
     LateDispatcher() : ObjectClass(RootType{}, false, nullptr) {}
     using Dispatcher::startThread;
-};
-
-/// A worker whose thread is kept busy until it is let go.
-class Busy {
-public:
-    Busy() {
-        worker->postAndForget([begun = begun, mayEnd = mayEnd] {
-            begun->open();
-            EXPECT_TRUE(mayEnd->pass());
-        });
-        EXPECT_TRUE(begun->pass());
-    }
-    ~Busy() { end(); }
-
-    void end() { mayEnd->open(); }
-
-private:
-    const std::shared_ptr<OneTimeGate> begun = std::make_shared<OneTimeGate>();
-    const std::shared_ptr<OneTimeGate> mayEnd = std::make_shared<OneTimeGate>();
-
-public:
-    DispatcherUse worker = Dispatcher::start();
 };
 
 std::optional<std::errc> errorOfJoin(Dispatcher& dispatcher) {
@@ -102,7 +81,7 @@ TEST(DispatcherStop, CallersAndPostersWaitForTheThreadToBegin) {
 }
 
 TEST(DispatcherStop, OnlySetsTheStateSoThatAcceptedTasksAllRun) {
-    Busy busy;
+    test::BusyDispatcher busy;
     std::vector<int> runs;
     std::vector<TaskHandle> tasks;
     for (int i = 0; i < 100; ++i) {
@@ -123,7 +102,7 @@ TEST(DispatcherStop, OnlySetsTheStateSoThatAcceptedTasksAllRun) {
 }
 
 TEST(DispatcherStop, DropsTasksPostedAfterIt) {
-    Busy busy;
+    test::BusyDispatcher busy;
     bool ran = false;
     const auto held = std::make_shared<int>();
     busy.worker->requestStop();
@@ -200,7 +179,7 @@ TEST(DispatcherStop, RunsACallExactlyIfItSaysSoHoweverTheyMeet) {
 }
 
 TEST(DispatcherStop, GoesOnDrainingAfterTasksThatRaise) {
-    Busy busy;
+    test::BusyDispatcher busy;
     bool ran = false;
     const TaskHandle first = busy.worker->post([] { throw std::runtime_error("raised"); });
     const TaskHandle second = busy.worker->post([] { throw std::runtime_error("raised"); });
@@ -240,7 +219,7 @@ TEST(DispatcherStop, MayBeAskedForByATaskOfItsOwn) {
 
 TEST(DispatcherJoin, IsFalseWhenTheLimitPasses) {
     for (const std::int64_t limitMs : {std::int64_t{30}, std::int64_t{0}, std::int64_t{-1}}) {
-        Busy busy;
+        test::BusyDispatcher busy;
         busy.worker->requestStop();
         EXPECT_FALSE(busy.worker->join(limitMs));
         busy.end();
@@ -257,7 +236,7 @@ TEST(DispatcherJoin, AsksForNothingItself) {
 }
 
 TEST(DispatcherJoin, MayBeDoneByManyThreadsAtOnce) {
-    Busy busy;
+    test::BusyDispatcher busy;
     std::atomic<int> joined{0};
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
@@ -316,7 +295,7 @@ TEST(DispatcherJoin, OfOneselfOnAHostDrains) {
 
 TEST(DispatcherJoin, ServesTheCallsOfItsOwnThreadMeanwhile) {
     const DispatcherUse joiner = Dispatcher::start();
-    Busy busy;
+    test::BusyDispatcher busy;
     std::atomic<int> served{0};
     for (int i = 0; i < 50; ++i) {
         busy.worker->postAndForget([&] { joiner->runSynchronously([&served] { ++served; }); });
@@ -334,7 +313,7 @@ TEST(DispatcherJoin, ServesTheCallsOfItsOwnThreadMeanwhile) {
 
 TEST(DispatcherJoin, RunsNoTaskOfItsOwnThreadMeanwhile) {
     const DispatcherUse joiner = Dispatcher::start();
-    Busy busy;
+    test::BusyDispatcher busy;
     std::atomic<bool> taskRan{false};
     bool ranMeanwhile = true;
     joiner

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -13,6 +12,7 @@
 
 #include "framework/dispatcher_registry.h"
 #include "framework/wait_block.h"
+#include "tests/support/busy_dispatcher.h"
 #include "tests/support/one_time_gate.h"
 #include "tests/support/wait_until.h"
 
@@ -28,27 +28,6 @@ FrameworkScope::Options external() {
     options.external = true;
     return options;
 }
-
-/// A dispatcher whose thread is kept busy until it is let go.
-class Busy {
-public:
-    Busy() {
-        worker->postAndForget([begun = begun, mayEnd = mayEnd] {
-            begun->open();
-            EXPECT_TRUE(mayEnd->pass());
-        });
-        EXPECT_TRUE(begun->pass());
-    }
-
-    void end() { mayEnd->open(); }
-
-private:
-    const std::shared_ptr<OneTimeGate> begun = std::make_shared<OneTimeGate>();
-    const std::shared_ptr<OneTimeGate> mayEnd = std::make_shared<OneTimeGate>();
-
-public:
-    DispatcherUse worker = Dispatcher::start();
-};
 
 TEST(FrameworkScope, GivesAThreadWithoutADispatcherAHostedOne) {
     {
@@ -180,7 +159,7 @@ TEST(FrameworkScope, JoinsNothingWhileAnotherOneIsLeft) {
 }
 
 TEST(FrameworkScope, WithoutAStopRequestWaitsUntilTheThreadsStopByThemselves) {
-    Busy busy;
+    test::BusyDispatcher busy;
     std::atomic<bool> wasAsked{false};
     std::thread helper;
     {
@@ -203,7 +182,7 @@ TEST(FrameworkScope, WithoutAStopRequestWaitsUntilTheThreadsStopByThemselves) {
 }
 
 TEST(FrameworkScope, EndsWhenItsLimitPasses) {
-    Busy busy;
+    test::BusyDispatcher busy;
     const Clock::time_point begin = Clock::now();
     {
         FrameworkScope::Options options;
@@ -259,7 +238,7 @@ TEST(ExternalScope, GivesItsThreadNoDispatcher) {
 }
 
 TEST(ExternalScope, WaitsForAllThreadsWhenItIsTheLast) {
-    Busy busy;
+    test::BusyDispatcher busy;
     const DispatcherUse other = Dispatcher::start();
     std::atomic<bool> wereLetGo{false};
     OneTimeGate scopeEnds;

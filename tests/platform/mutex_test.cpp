@@ -52,7 +52,7 @@ TEST(ConditionVariable, LetsASleeperGoWhenNotified) {
     {
         std::unique_lock lock(mutex);
         while (!isSet) {
-            condition.wait(lock);
+            condition.waitFor(lock, 86'400'000);
         }
         EXPECT_TRUE(lock.owns_lock());
     }

@@ -81,26 +81,6 @@ Thread::Thread(Entry entry, void* argument) {
     isThread = true;
 }
 
-Thread::Thread(Thread&& other) noexcept
-    : handle(other.handle), isThread(std::exchange(other.isThread, false)) {}
-
-Thread& Thread::operator=(Thread&& other) noexcept {
-    if (this != &other) {
-        detach();
-        handle = other.handle;
-        isThread = std::exchange(other.isThread, false);
-    }
-    return *this;
-}
-
-Thread::~Thread() {
-    detach();
-}
-
-bool Thread::joinable() const noexcept {
-    return isThread;
-}
-
 void Thread::join() {
     if (!isThread) {
         raise(EINVAL, "joining no thread");

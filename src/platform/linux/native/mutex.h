@@ -13,7 +13,6 @@ using Mutex = std::mutex;
 class ConditionVariable {
 public:
     void notifyOne() noexcept { condition.notify_one(); }
-    void wait(std::unique_lock<Mutex>& lock) { condition.wait(lock); }
     void waitFor(std::unique_lock<Mutex>& lock, std::int64_t limitMs) {
         condition.wait_for(lock, std::chrono::milliseconds(limitMs));
     }

@@ -31,16 +31,11 @@ public:
     ConditionVariable& operator=(const ConditionVariable&) = delete;
 
     void notifyOne() noexcept { WakeConditionVariable(&condition); }
-    void wait(std::unique_lock<Mutex>& lock) noexcept { sleep(lock, INFINITE); }
     void waitFor(std::unique_lock<Mutex>& lock, std::int64_t limitMs) noexcept {
-        sleep(lock, static_cast<DWORD>(limitMs));
+        SleepConditionVariableSRW(&condition, &lock.mutex()->slimLock, static_cast<DWORD>(limitMs), 0);
     }
 
 private:
-    void sleep(std::unique_lock<Mutex>& lock, DWORD limitMs) noexcept {
-        SleepConditionVariableSRW(&condition, &lock.mutex()->slimLock, limitMs, 0);
-    }
-
     CONDITION_VARIABLE condition = CONDITION_VARIABLE_INIT;
 };
 
