@@ -264,7 +264,7 @@ void startUseAndJoin() {
 TEST(DispatcherAllocations, AndThreadsAreAllGivenBackByAThousandOfThem) {
     startUseAndJoin();
     const std::uint32_t liveBefore = liveThreadCount().get();
-    const std::size_t threadsBefore = test::threadCount();
+    const std::size_t threadsBefore = test::threadCountAtRest();
     const std::uint64_t allocationsBefore = allocationsInUse();
 
     for (int i = 0; i < 1000; ++i) {

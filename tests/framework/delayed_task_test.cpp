@@ -283,7 +283,7 @@ TEST(DelayedTasks, AreTenThousandOfWhichHalfAreCancelledAndTheOtherHalfRun) {
     constexpr std::size_t count = 10'000;
     constexpr std::size_t waitingAtOnce = 200;
     const std::uint32_t liveBefore = liveThreadCount().get();
-    const std::size_t threadsBefore = test::threadCount();
+    const std::size_t threadsBefore = test::threadCountAtRest();
     {
         const DispatcherUse worker = Dispatcher::start();
         std::vector<int> runs(count);

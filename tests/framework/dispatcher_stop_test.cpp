@@ -427,7 +427,7 @@ TEST(LiveThreadCount, IsRaisedByTheStartAndBackAfterTheEnd) {
 }
 
 TEST(LiveThreadCount, OfASystemThatEndedThemIsBackToo) {
-    const std::size_t before = test::threadCount();
+    const std::size_t before = test::threadCountAtRest();
     {
         std::vector<DispatcherUse> workers;
         for (int i = 0; i < 20; ++i) {

@@ -140,6 +140,9 @@ TEST(WaitForDescriptors, WaitsForTheWholeLimitWhenSignalsCome) {
 }
 
 TEST(Event, IsRefusedWhenTheProcessMayOpenNoMore) {
+    // The address sanitizer's companion looks at a type when it first meets it, and opens a pipe for that.
+    EXPECT_THROW(waitForHandles(std::array<WaitHandle, 1>{-1}, 0), std::system_error);
+
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit none{0, before.rlim_max};
