@@ -72,8 +72,9 @@ int EventBlock::sleep(std::span<const platform::WaitHandle> handles, const WaitL
     all[handles.size()] = event->handle();
     const auto own = static_cast<int>(handles.size());
     while (true) {
-        const int signalled =
-            platform::waitForHandles({all.data(), handles.size() + 1}, limit.sliceMs(waitForever));
+        // A counter that had changed as the wait began signalled the block and woke nobody.
+        const std::int64_t limitMs = isSignalled() ? 0 : limit.sliceMs(waitForever);
+        const int signalled = platform::waitForHandles({all.data(), handles.size() + 1}, limitMs);
         if (signalled != own) {
             return signalled;
         }

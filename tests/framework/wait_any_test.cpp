@@ -328,6 +328,20 @@ TEST(WaitAnyHandles, AreWokenByEachHandleAndByEachCounter) {
     }
 }
 
+TEST(WaitAnyHandles, MissNoChangeThatComesWhileTheWaitBegins) {
+    const Event never;
+    const std::array handles{never.handle()};
+    for (int round = 0; round < 2000; ++round) {
+        Counters<1> waited;
+        WaitResult result;
+        std::thread waiter([&] { result = waited.wait(handles, 20'000); });
+        EXPECT_TRUE(waiters(1));
+        waited.counters[0].set(1);
+        waiter.join();
+        ASSERT_EQ(result.counter, 0) << "round " << round;
+    }
+}
+
 TEST(WaitAnyHandles, AreBothMinusOneWhenTheLimitPasses) {
     Counters<1> waited;
     const Event event;
