@@ -30,9 +30,9 @@ public:
     DelayWorker* operator->() const noexcept { return worker.get(); }
 
 private:
+    // The worker goes first: a pool that ends on that worker's thread then has the last share of it.
     std::shared_ptr<DelayPool> pool;
-    Ref<DelayWorker>
-        worker;  // goes first: the pool's end on the worker's own thread is then the worker's, too
+    Ref<DelayWorker> worker;
 };
 
 DelayPool::DelayPool() {

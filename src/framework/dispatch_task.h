@@ -110,8 +110,7 @@ public:
     /// Cancels the task for all its handles.  [any]
     void cancel();
 
-    /// Waits until the task has run or was skipped; for ever if a stopped dispatcher refused it.  [any,
-    /// blocks]
+    /// Waits until the task has run or was skipped; for ever if it was refused.  [any, blocks]
     void waitUntilDone() const;
 
 private:

@@ -40,8 +40,7 @@ public:
     [[nodiscard]] const T& defaultValue() const noexcept { return *resetValue; }
     [[nodiscard]] bool isDefault() const override { return equalValues(current, *resetValue); }
 
-    /// A copy of the published value, for other threads; the default if the owner's has stopped.  [any,
-    /// blocks]
+    /// A copy of the published value, for other threads; the default if the owner's is gone.  [any, blocks]
     [[nodiscard]] T read() const {
         T copy = *resetValue;
         owner().template onOwner<bool>([&] {
@@ -85,8 +84,7 @@ private:
         return result;
     }
 
-    // A copy, since a change that is under way is finished first, and its listeners may change what it refers
-    // to.
+    // A copy: a change under way is finished first, and its listeners may change what `incoming` refers to.
     std::uint32_t setByPhases(const T& incoming) {
         const T copy = incoming;
         return change(&copy);

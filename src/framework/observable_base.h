@@ -9,21 +9,19 @@ namespace korva::framework {
 
 /// The state machine of an `Observable<T>`: its two lists of listeners, and the three phases of a change.
 ///
-///   beginChange    idle -> propagating -> propagated: the incoming value becomes pending, and propagators
-///   begin
-///                  the change of the values derived from it (or replace it);
+///   beginChange    idle -> propagating -> propagated: the incoming value becomes pending; propagators run,
+///                  begin the change of the values derived from it, or replace it;
 ///   commitChange   propagated -> before -> committed: before functions run, then the value is published;
 ///   finishChange   committed -> after -> idle: after functions run.
 ///
 /// Re-entry: a value can't be changed from its own before and after functions, nor a third time from its
 /// propagators; such an attempt is dropped. A listener that comes or goes during a walk does so after the
 /// rest of that walk, which is then run at once. What a listener raises passes through, and the value stays
-/// in the middle of its change for good: listeners of the system don't raise.
+/// in the middle of its change, where the next one is lost: listeners of the system don't raise.
 ///
 /// Whoever makes a change keeps the owner alive until it is done, whatever the listeners do.
 ///
-/// Every public operation may be called by any thread; the owner's thread does it
-/// (`ObservableOwner::onOwner`). [any, blocks]
+/// Any thread may call a public operation; the owner's does it (`ObservableOwner::onOwner`).  [any, blocks]
 class ObservableBase : public ListenedTo {
 public:
     void commitChange();
@@ -82,7 +80,7 @@ protected:
     std::uint32_t change(const void* incoming);
 
     /// Whether a change would begin and be done with in one go: none is going on, and no propagator can
-    /// interfere. Then these two, around the publication, are all that there is to it.
+    /// interfere. Then `runBefore` and `runAfter`, around the publication, are all that there is to it.
     [[nodiscard]] bool isSimple() const noexcept { return state == State::idle && propagators.isEmpty(); }
     [[nodiscard]] bool hasSubscribers() const noexcept { return !subscribers.isEmpty(); }
     void enter(State next) noexcept { state = next; }

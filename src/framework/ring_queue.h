@@ -9,8 +9,8 @@
 
 namespace korva::framework {
 
-/// A queue of pointers whose length can be waited for. It owns nothing. Once closed it takes no
-/// more entries; those that it has stay.  [any]
+/// A queue of pointers whose length can be waited for. It owns nothing. Once closed it takes no more entries;
+/// those that it has stay.  [any]
 ///
 /// Invariants, under the mutex of `pending`:
 ///   1. `pending` counts the entries in the queue and those that were popped and have not been finished;

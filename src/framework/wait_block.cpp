@@ -78,8 +78,7 @@ int EventBlock::sleep(std::span<const platform::WaitHandle> handles, const WaitL
         if (signalled != own) {
             return signalled;
         }
-        // It may have been a late wake for the block's last user. Reset first: a signal after that sets it
-        // anew.
+        // It may have been a late wake for the block's last user. Reset first: a later signal sets it again.
         event->reset();
         if (isSignalled()) {
             return -1;

@@ -105,8 +105,7 @@ struct WaitBlockCounts {
 /// Frees the pools whose blocks are all unused, for a library that is about to be unloaded.  [any]
 void freeUnusedWaitBlocks();
 
-/// Made before the counter's mutex is unlocked: until it ends, no block is freed, though its user may have
-/// left.
+/// Made before a counter's mutex is unlocked: until it ends no block is freed, though its user may be gone.
 class LateWakes {
 public:
     LateWakes() noexcept;

@@ -18,8 +18,7 @@ class WaitBlock;
 class WaitableCounter;
 
 /// One counter in one wait, made by the waiter on its own stack: what it has seen so far, which no other
-/// registration shares, and while it sleeps a place in the counter's queue. The counter must outlive it.
-/// [any]
+/// registration shares, and while it sleeps a place in the counter's queue. The counter outlives it.  [any]
 class WaitRegistration {
 public:
     /// Waits until the value differs from `seen`; then the value is stored there.
