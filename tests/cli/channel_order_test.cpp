@@ -1,4 +1,4 @@
-#include "korva/channel_order.h"
+#include "korva/process/channel_order.h"
 
 #include <gtest/gtest.h>
 #include <sndfile.h>

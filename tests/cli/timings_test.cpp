@@ -1,4 +1,4 @@
-#include "korva/timings.h"
+#include "korva/process/timings.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 
 namespace korva::tool {
 
-/// Runs what the arguments ask for, and gives 0. Throws `ToolError`, also for a line that can't be
-/// understood, or `Interrupted`.
+/// Runs what the arguments ask for, and gives its exit code. Throws `ToolError`, also for a line that can't
+/// be understood, or `Interrupted`.
 int runCommandLine(int argumentCount, const char* const* arguments);
 
 }  // namespace korva::tool

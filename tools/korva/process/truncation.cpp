@@ -1,4 +1,4 @@
-#include "korva/truncation.h"
+#include "korva/process/truncation.h"
 
 #include <charconv>
 #include <string>

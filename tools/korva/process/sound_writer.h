@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "korva/layouts.h"
+#include "korva/process/layouts.h"
 
 namespace korva::tool {
 

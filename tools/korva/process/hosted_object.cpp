@@ -1,4 +1,4 @@
-#include "korva/hosted_object.h"
+#include "korva/process/hosted_object.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,4 +1,4 @@
-#include "korva/process_command.h"
+#include "korva/process/process_command.h"
 
 #include <algorithm>
 #include <array>
@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "korva/errors.h"
-#include "korva/hosted_object.h"
 #include "korva/interruption.h"
-#include "korva/process_report.h"
+#include "korva/process/hosted_object.h"
+#include "korva/process/process_report.h"
+#include "korva/process/sound_reader.h"
+#include "korva/process/sound_writer.h"
 #include "korva/progress_bar.h"
-#include "korva/sound_reader.h"
-#include "korva/sound_writer.h"
 #include "korva/standard_streams.h"
 
 namespace korva::tool {

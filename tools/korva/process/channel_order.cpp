@@ -1,11 +1,11 @@
-#include "korva/channel_order.h"
+#include "korva/process/channel_order.h"
 
 #include <sndfile.h>
 
 #include <algorithm>
 #include <bit>
 
-#include "korva/layouts.h"
+#include "korva/process/layouts.h"
 
 namespace korva::tool {
 namespace {

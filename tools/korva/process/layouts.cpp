@@ -1,4 +1,4 @@
-#include "korva/layouts.h"
+#include "korva/process/layouts.h"
 
 #include <array>
 #include <bit>

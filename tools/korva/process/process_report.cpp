@@ -1,4 +1,4 @@
-#include "korva/process_report.h"
+#include "korva/process/process_report.h"
 
 #include <algorithm>
 #include <cmath>

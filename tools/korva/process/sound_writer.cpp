@@ -1,4 +1,4 @@
-#include "korva/sound_writer.h"
+#include "korva/process/sound_writer.h"
 
 #include <sndfile.h>
 
@@ -9,9 +9,9 @@
 #include <filesystem>
 #include <vector>
 
-#include "korva/channel_order.h"
 #include "korva/errors.h"
 #include "korva/output_file.h"
+#include "korva/process/channel_order.h"
 
 namespace korva::tool {
 namespace {

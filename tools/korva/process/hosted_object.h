@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "korva/layouts.h"
+#include "korva/process/layouts.h"
 #include "platform/published/audio_records.h"
 #include "rt/rt_processor.h"
 

@@ -1,4 +1,4 @@
-#include "korva/sound_reader.h"
+#include "korva/process/sound_reader.h"
 
 #include <sndfile.h>
 
@@ -6,11 +6,11 @@
 #include <array>
 #include <vector>
 
-#include "korva/channel_order.h"
 #include "korva/errors.h"
 #include "korva/input_file.h"
+#include "korva/process/channel_order.h"
+#include "korva/process/truncation.h"
 #include "korva/standard_streams.h"
-#include "korva/truncation.h"
 
 namespace korva::tool {
 namespace {

@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "korva/hosted_object.h"
-#include "korva/layouts.h"
-#include "korva/timings.h"
+#include "korva/process/hosted_object.h"
+#include "korva/process/layouts.h"
+#include "korva/process/timings.h"
 
 namespace korva::tool {
 

@@ -1,0 +1,67 @@
+// How `korva process` reads on the command line.
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+#include "korva/command.h"
+#include "korva/process/process_command.h"
+
+namespace korva::tool {
+namespace {
+
+constexpr const char* example =
+    "Speakers are taken from the input where it names them. OUT's ending says what is written: .wav, .w64, "
+    ".rf64,\n"
+    ".aif, .au or .caf (32-bit float), .flac (24-bit), .ogg, .opus or .mp3; without an ending it is a WAV "
+    "file.\n"
+    "OUT appears when it is complete, and not at all if something fails.\n"
+    "\n"
+    "Example, which folds a film's 7.1 sound to stereo and shows the levels of both:\n"
+    "  korva process film.wav stereo.wav --output-layout stereo --meters\n";
+
+CLI::App* declare(CLI::App& line, ProcessOptions& options) {
+    CLI::App* const process = line.add_subcommand(
+        "process",
+        "Play the audio engine: send the sound file IN through the audio object, buffer by buffer, to OUT");
+    process->add_option("IN", options.input, "Sound file of 1 to 8 channels")->required()->type_name("");
+    process->add_option("OUT", options.output, "Sound file to write; may be IN itself")
+        ->required()
+        ->type_name("");
+    process
+        ->add_option("--effect", options.effect,
+                     "Place of the object: sfx (stream), mfx (mode) or efx (endpoint)")
+        ->type_name("KIND")
+        ->capture_default_str();
+    process
+        ->add_option(
+            "--output-layout", options.outputLayout,
+            "mono, stereo, quad, 5.1, 5.1-side, 7.1 or a mask of speakers such as 0x3F; else as the input")
+        ->type_name("LAYOUT");
+    process->add_option("--buffer", options.bufferFrames, "Frames in one buffer of the engine, 1 to 1000000")
+        ->type_name("FRAMES")
+        ->capture_default_str();
+    process
+        ->add_flag("--meters", options.meters,
+                   "Run the level meters and show the highest level of each speaker")
+        ->disable_flag_override();
+    auto* const json = process->add_flag("--json", options.json, "Print the report as one JSON value")
+                           ->disable_flag_override();
+    process->add_flag("--quiet", options.quiet, "Print nothing when all went well")
+        ->excludes(json)
+        ->disable_flag_override();
+    process->footer(example);
+    return process;
+}
+
+}  // namespace
+
+void addProcess(CLI::App& line, Commands& commands) {
+    const auto options = std::make_shared<ProcessOptions>();
+    const CLI::App* const declaration = declare(line, *options);
+    commands.push_back({declaration, [options] {
+                            runProcess(*options);
+                            return 0;
+                        }});
+}
+
+}  // namespace korva::tool
