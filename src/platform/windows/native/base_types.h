@@ -4,3 +4,4 @@
 #include <basetsd.h>
 #include <guiddef.h>
 #include <windef.h>
+#include <winnt.h>

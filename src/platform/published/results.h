@@ -1,0 +1,26 @@
+// The results of published methods that this system gives; beside each its published name.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/published/base_types.h"
+
+namespace korva::published {
+
+inline constexpr auto ok = static_cast<HRESULT>(0);                            ///< S_OK
+inline constexpr auto notImplemented = static_cast<HRESULT>(0x80004001U);      ///< E_NOTIMPL
+inline constexpr auto noInterface = static_cast<HRESULT>(0x80004002U);         ///< E_NOINTERFACE
+inline constexpr auto nullPointer = static_cast<HRESULT>(0x80004003U);         ///< E_POINTER
+inline constexpr auto unspecifiedFailure = static_cast<HRESULT>(0x80004005U);  ///< E_FAIL
+inline constexpr auto invalidHandle = static_cast<HRESULT>(0x80070006U);       ///< E_HANDLE
+inline constexpr auto outOfMemory = static_cast<HRESULT>(0x8007000EU);         ///< E_OUTOFMEMORY
+inline constexpr auto invalidArgument = static_cast<HRESULT>(0x80070057U);     ///< E_INVALIDARG
+
+[[nodiscard]] constexpr bool succeeded(HRESULT result) noexcept {
+    return result >= 0;
+}
+[[nodiscard]] constexpr bool failed(HRESULT result) noexcept {
+    return result < 0;
+}
+
+}  // namespace korva::published

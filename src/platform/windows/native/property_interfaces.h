@@ -1,0 +1,4 @@
+// IPropertyStore, from the system's own headers.
+#pragma once
+
+#include <propsys.h>

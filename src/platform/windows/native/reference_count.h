@@ -1,0 +1,6 @@
+// ULONG, without the system's headers.
+#pragma once
+
+namespace korva::platform {
+using ReferenceCount = unsigned long;
+}

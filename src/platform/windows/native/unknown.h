@@ -1,0 +1,4 @@
+// IUnknown, from the system's own headers.
+#pragma once
+
+#include <unknwn.h>
