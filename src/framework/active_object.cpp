@@ -98,6 +98,8 @@ void ActiveObject::destroyHere() {
     delete this;
 }
 
+void ActiveObject::onValueChanging(ObservableBase&) {}
+
 void ActiveObject::onPropagatorRemoved(ListenedTo&, void*, ListenerFunction) {}
 
 void ActiveObject::onPropagatorAdded(ListenedTo&, void*, ListenerFunction, Position) {}

@@ -100,6 +100,10 @@ protected:
 
     void destroy() override;
 
+    /// One of the object's values that tell it (`tellsOwner`) begins to change: the incoming value is
+    /// pending, and may be replaced by setting the value anew.  [owner]
+    virtual void onValueChanging(ObservableBase& value);
+
     /// Hooks: a listener of one of the object's values has come or gone.  [owner]
     virtual void onPropagatorRemoved(ListenedTo& observable, void* context, ListenerFunction function);
     virtual void onPropagatorAdded(ListenedTo& observable, void* context, ListenerFunction function,

@@ -20,7 +20,7 @@ ObjectBase::~ObjectBase() {
     endBuilding();
 }
 
-std::uint32_t ObjectBase::AddRef() {
+platform::ReferenceCount ObjectBase::AddRef() {
     const Ref<SharedRecursiveLock> keptLock = lock;
     std::uint32_t count = 0;
     {
@@ -31,7 +31,7 @@ std::uint32_t ObjectBase::AddRef() {
     return count;
 }
 
-std::uint32_t ObjectBase::Release() {
+platform::ReferenceCount ObjectBase::Release() {
     const Ref<SharedRecursiveLock> keptLock = lock;
     std::uint32_t count = 0;
     bool isLast = false;

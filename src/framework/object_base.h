@@ -11,6 +11,7 @@
 #include "framework/shared_recursive_lock.h"
 #include "framework/type_tag.h"
 #include "framework/weak_reference.h"
+#include "platform/reference_count.h"
 
 namespace korva::framework {
 
@@ -25,9 +26,10 @@ public:
     ObjectBase(const ObjectBase&) = delete;
     ObjectBase& operator=(const ObjectBase&) = delete;
 
-    /// Both give the new count; the last `Release` destroys the object.  [any]
-    virtual std::uint32_t AddRef();
-    virtual std::uint32_t Release();
+    /// Both give the new count; the last `Release` destroys the object. They are declared as those of
+    /// published interfaces are, so that one method serves both.  [any]
+    virtual platform::ReferenceCount AddRef();
+    virtual platform::ReferenceCount Release();
 
     /// The object itself if `tag` is that of its class or of one of its bases, else null.  [any]
     [[nodiscard]] virtual ObjectBase* castTo(TypeTag tag) noexcept;

@@ -26,6 +26,11 @@ public:
     static constexpr std::uint32_t pulse = 0x100;
 
     explicit Observable(ObservableOwner& owner) : Observable(owner, ordinaryDefault()) {}
+    Observable(ObservableOwner& owner, TellsOwner tells)
+        : ObservableBase(owner, tells),
+          resetValue(&ordinaryDefault()),
+          current(ordinaryDefault()),
+          incomingValue(ordinaryDefault()) {}
 
     /// `lasting` is the default and the initial value. It lives as long as the observable does: a constant.
     Observable(ObservableOwner& owner, const T& lasting)
@@ -97,6 +102,7 @@ private:
         }
         enter(State::propagating);
         incomingValue = incoming;
+        tellOwner();
         if (equalValues(current, incomingValue)) {
             enter(State::idle);
             return done;

@@ -78,7 +78,12 @@ void ObservableBase::finishChange() {
     });
 }
 
+void ObservableBase::ownerTold() {
+    ownerObject().onValueChanging(*this);
+}
+
 void ObservableBase::runPropagators() {
+    tellOwner();
     propagators.restart();
     runRestOfPropagators();
 }

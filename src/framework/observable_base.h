@@ -7,6 +7,11 @@
 
 namespace korva::framework {
 
+/// Says of a value that its object is told of each change as it begins (`ActiveObject::onValueChanging`): for
+/// what an object derives from its own values, at no cost of memory.
+struct TellsOwner {};
+inline constexpr TellsOwner tellsOwner{};
+
 /// The state machine of an `Observable<T>`: its two lists of listeners, and the three phases of a change.
 ///
 ///   beginChange    idle -> propagating -> propagated: the incoming value becomes pending; propagators run,
@@ -73,6 +78,7 @@ protected:
     };
 
     explicit ObservableBase(ObservableOwner& owner) noexcept : ListenedTo(owner) {}
+    ObservableBase(ObservableOwner& owner, TellsOwner) noexcept : ListenedTo(owner), ownerIsTold(true) {}
     ~ObservableBase() = default;
 
     /// On the owner's thread.
@@ -83,6 +89,12 @@ protected:
     /// interfere. Then `runBefore` and `runAfter`, around the publication, are all that there is to it.
     [[nodiscard]] bool isSimple() const noexcept { return state == State::idle && propagators.isEmpty(); }
     [[nodiscard]] bool hasSubscribers() const noexcept { return !subscribers.isEmpty(); }
+    /// What a change begins with, before propagators.
+    void tellOwner() {
+        if (ownerIsTold) {
+            ownerTold();
+        }
+    }
     void enter(State next) noexcept { state = next; }
     void runBefore(const Addresses& at) {
         state = State::before;
@@ -105,6 +117,7 @@ protected:
     [[nodiscard]] virtual Addresses addresses() noexcept = 0;
 
 private:
+    void ownerTold();
     void commit();
     void finish();
     void runPropagators();
@@ -119,6 +132,7 @@ private:
     State state = State::idle;
     bool changed = false;             // whether subscribers are to be told of the change that runs
     bool hasBeforeFunctions = false;  // whether there ever was one: most values have none to walk through
+    const bool ownerIsTold = false;
 };
 
 }  // namespace korva::framework

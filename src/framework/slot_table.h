@@ -21,15 +21,17 @@ using SlotHandle = std::uint32_t;
 template <class Node, std::uint32_t Limit = 0x3FFFFFF>
 class SlotTable {
 public:
-    explicit SlotTable(std::uint32_t initialCapacity = 4) {
-        grow(std::max<std::uint32_t>(initialCapacity, 2));
-        used = 1;
-    }
+    /// Takes memory with its first node: most objects have a table that they never use.
+    explicit SlotTable(std::uint32_t initialCapacity = 4)
+        : smallest(std::max<std::uint32_t>(initialCapacity, 2)) {}
 
     /// A cleared node; 0 if there are too many.
     [[nodiscard]] SlotHandle allocate() {
         if (used == Limit) {
             return 0;
+        }
+        if (entries.empty()) {
+            grow(smallest);
         }
         const std::uint32_t index = freeIndices[used];
         if (used + 1 == capacity()) {
@@ -63,7 +65,7 @@ public:
         return handle >> indexShift != 0;
     }
 
-    /// Both count the reserved one.
+    /// Both count the reserved one; the capacity is 0 before the first node.
     [[nodiscard]] std::uint32_t usedCount() const noexcept { return used; }
     [[nodiscard]] std::uint32_t capacity() const noexcept {
         return static_cast<std::uint32_t>(entries.size());
@@ -84,7 +86,8 @@ private:
         }
     }
 
-    std::uint32_t used = 0;
+    std::uint32_t used = 1;
+    std::uint32_t smallest;
     std::vector<std::uint32_t> freeIndices;
     std::vector<Node> entries;
 };

@@ -14,6 +14,8 @@ set(object_tests
     observable_reentry_test.cpp
     observable_size_test.cpp
     observable_test.cpp
+    owner_told_test.cpp
+    published_object_test.cpp
     observable_threads_test.cpp
     observable_values_test.cpp
     ref_test.cpp

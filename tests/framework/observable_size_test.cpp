@@ -72,8 +72,8 @@ TEST(ObservableSize, AValueWithoutListenersHasNoNodes) {
     }
 
     EXPECT_EQ(object->tables.subscriberSlots().usedCount(), 1U);
-    EXPECT_EQ(object->tables.subscriberSlots().capacity(), 4U);
-    EXPECT_EQ(object->tables.propagatorSlots().capacity(), 4U);
+    EXPECT_EQ(object->tables.subscriberSlots().capacity(), 0U);
+    EXPECT_EQ(object->tables.propagatorSlots().capacity(), 0U);
 }
 
 TEST(ObservableSize, OneOfAThousandSubscribersTakes48BytesAtMost) {

@@ -14,11 +14,20 @@ struct Node {
     std::uint32_t next = 0;
 };
 
-TEST(SlotTable, StartsWithFourNodesOfWhichTheFirstIsReserved) {
+TEST(SlotTable, TakesNoMemoryBeforeItsFirstNode) {
     const SlotTable<Node> table;
 
-    EXPECT_EQ(table.capacity(), 4U);
+    EXPECT_EQ(table.capacity(), 0U);
     EXPECT_EQ(table.usedCount(), 1U);
+    EXPECT_EQ(table[64].number, 0U);
+}
+
+TEST(SlotTable, StartsWithFourNodesOfWhichTheFirstIsReserved) {
+    SlotTable<Node> table;
+    EXPECT_EQ(table.allocate(), 64U);
+
+    EXPECT_EQ(table.capacity(), 4U);
+    EXPECT_EQ(table.usedCount(), 2U);
 }
 
 TEST(SlotTable, HandlesAreIndicesTimes64AndNever0) {
@@ -49,7 +58,7 @@ TEST(SlotTable, NodesKeepTheirContentsWhileTheTableGrows) {
 
 TEST(SlotTable, CapacityDoubles) {
     SlotTable<Node> table;
-    std::set<std::uint32_t> capacities{table.capacity()};
+    std::set<std::uint32_t> capacities;
     for (int count = 0; count < 100; ++count) {
         static_cast<void>(table.allocate());
         capacities.insert(table.capacity());
