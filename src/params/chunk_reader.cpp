@@ -1,0 +1,64 @@
+#include "params/chunk_reader.h"
+
+#include <optional>
+#include <span>
+#include <utility>
+
+#include "params/effect_keys.h"
+#include "params/preset_blob.h"
+#include "params/property_value.h"
+#include "platform/published/results.h"
+
+namespace korva::params {
+
+ChunkReader::ChunkReader(std::shared_ptr<const PresetChunk> chunkToRead, const GUID& effect)
+    : chunk(std::move(chunkToRead)), fxId(effect) {}
+
+bool ChunkReader::Read(IPropertyStore* store) {
+    if (store == nullptr || chunk->parameters.empty() || !isAlive.value()) {
+        return false;
+    }
+    PropertyValue value;
+    const PROPERTYKEY key{fxId, effect_property::firstChunk + chunk->index};
+    if (published::failed(store->GetValue(key, value.out())) || value->vt != VT_BLOB ||
+        value->blob.cbSize < 4) {
+        return false;
+    }
+    ++busy;
+    applyBlob(value->blob);
+    --busy;
+    return true;
+}
+
+void ChunkReader::applyBlob(const BLOB& blob) {
+    sizes = chunk->sizes;
+    const std::span bytes(reinterpret_cast<const std::byte*>(blob.pBlobData), blob.cbSize);
+    std::optional<std::span<const std::byte>> slices = takeOverrides(bytes, sizes);
+    // Setting a value runs others' code, which may close the reader: its chunk stays till the end.
+    const std::shared_ptr<const PresetChunk> kept = chunk;
+    for (std::size_t i = 0; slices && i < kept->parameters.size(); ++i) {
+        const std::optional<std::span<const std::byte>> slice = takeSlice(*slices, sizes[i]);
+        if (!slice) {
+            return;
+        }
+        kept->parameters[i]->PresetValue.set(framework::SharedBytes(*slice));
+    }
+}
+
+void ChunkReader::RequestRead(framework::Ref<IPropertyStore> store) {
+    if (busy != 0) {
+        return;
+    }
+    pendingRead = postTask([self = framework::WeakRef<ChunkReader>(*this), store = std::move(store)] {
+        if (const framework::Ref<ChunkReader> reader = self.lock()) {
+            reader->Read(store.get());
+        }
+    });
+}
+
+void ChunkReader::onClose() {
+    pendingRead = {};
+    ActiveObject::onClose();
+}
+
+}  // namespace korva::params

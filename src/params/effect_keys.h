@@ -1,0 +1,34 @@
+// The properties that an effect is set by.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/published/property_types.h"
+
+namespace korva::params {
+
+/// The place of an effect in the audio engine's graph.
+enum class EffectKind : std::uint32_t { stream = 1, mode = 2, endpoint = 3 };
+
+/// The format identifier of the keys that select an effect's settings, and of those that all effects share.
+inline constexpr GUID selectionFormat = {
+    0x6DCC1AC8, 0x4A3C, 0x4A98, {0xA3, 0xA7, 0xF9, 0x67, 0x12, 0x7D, 0x57, 0x63}};
+
+/// VT_LPWSTR: text of the GUID under which the effect's own properties are.
+[[nodiscard]] constexpr PROPERTYKEY selectionKey(EffectKind kind) noexcept {
+    return {selectionFormat, static_cast<DWORD>(kind) + 2};
+}
+
+/// The properties under that GUID.
+namespace effect_property {
+inline constexpr DWORD presetVersion = 0;  ///< VT_UI4
+inline constexpr DWORD modeFlags = 1;      ///< VT_UI4; see `mode_flag`.
+inline constexpr DWORD engineId = 2;       ///< VT_LPWSTR: text of the engine's GUID.
+inline constexpr DWORD firstChunk = 3000;  ///< VT_BLOB; the k-th chunk's is `firstChunk` + k.
+}  // namespace effect_property
+
+namespace mode_flag {
+inline constexpr DWORD hardware = 1;  ///< Try the hardware platform first.
+}  // namespace mode_flag
+
+}  // namespace korva::params
