@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <utility>
 
-#include "bench/framework/counted_memory.h"
 #include "bench/framework/listeners.h"
+#include "bench/support/counted_memory.h"
 #include "framework/active_object.h"
 
 namespace {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 #include "framework/equal_values.h"
@@ -14,8 +15,8 @@ namespace korva::framework {
 ///     Observable<std::uint32_t> sampleRate{*this};
 ///
 /// A change runs in three phases (see `ObservableBase`), and an equal value changes nothing and calls nobody.
-/// Both the published and the pending value are kept, so a counted pointer has two shares of what it points
-/// at; the old ones go as a change is committed.
+/// A counted pointer has one share of what it points at, and one of what a change brings; the old one goes as
+/// the change is committed.
 ///
 /// Value types: flags, integers, floats, identifiers, strings, plain records, vectors of floats, and counted
 /// or shared pointers. `T{}` is the default unless another one is given.
@@ -27,21 +28,22 @@ public:
 
     explicit Observable(ObservableOwner& owner) : Observable(owner, ordinaryDefault()) {}
     Observable(ObservableOwner& owner, TellsOwner tells)
-        : ObservableBase(owner, tells),
-          resetValue(&ordinaryDefault()),
-          current(ordinaryDefault()),
-          incomingValue(ordinaryDefault()) {}
+        : ObservableBase(owner, tells), resetValue(&ordinaryDefault()), current(ordinaryDefault()) {}
 
     /// `lasting` is the default and the initial value. It lives as long as the observable does: a constant.
     Observable(ObservableOwner& owner, const T& lasting)
-        : ObservableBase(owner), resetValue(&lasting), current(lasting), incomingValue(lasting) {}
+        : ObservableBase(owner), resetValue(&lasting), current(lasting) {
+        if constexpr (isKeptTwice) {
+            incomingValue = lasting;
+        }
+    }
     Observable(ObservableOwner& owner, const T&& temporary) = delete;
 
     /// The published value.  [owner]
     [[nodiscard]] const T& value() const noexcept { return current; }
     /// The value that a change brings; between changes the published one, unless a change was begun and
     /// finished without a commit.  [owner]
-    [[nodiscard]] const T& pending() const noexcept { return incomingValue; }
+    [[nodiscard]] const T& pending() const noexcept { return hasIncoming() ? incomingValue : current; }
     [[nodiscard]] const T& defaultValue() const noexcept { return *resetValue; }
     [[nodiscard]] bool isDefault() const override { return equalValues(current, *resetValue); }
 
@@ -64,6 +66,15 @@ public:
         // The calling thread serves others while it waits, and one of them may change what it refers to.
         const T copy = incoming;
         return owner().template onOwner<std::uint32_t>([&] { return setHere(copy, flags); });
+    }
+
+    /// The same with a value that the caller is done with: a counted one is handed over without counting.
+    std::uint32_t set(T&& incoming) {
+        if (owner().isOwnerThread() && isSimple()) [[likely]] {
+            return setSimply(std::move(incoming));
+        }
+        const T kept = std::move(incoming);
+        return set(kept);
     }
 
     /// The first phase; result as of `set`. The others are `commitChange` and `finishChange`.  [any, blocks]
@@ -96,41 +107,67 @@ private:
     }
 
     // What `change` comes to without propagators, in line.
-    std::uint32_t setSimply(const T& incoming) {
-        if (equalValues(incomingValue, incoming)) {
+    template <class Incoming>
+    std::uint32_t setSimply(Incoming&& incoming) {
+        if (equalValues<T>(pending(), incoming)) {
             return equal;
         }
+        // What differs from the pending value differs from the published one too if that was pending, unless
+        // the owner puts another in its place: long values are compared once.
+        const bool wasInStep = isInStep();
         enter(State::propagating);
-        incomingValue = incoming;
+        takeIncoming(std::forward<Incoming>(incoming));
         tellOwner();
-        if (equalValues(current, incomingValue)) {
+        if (!(wasInStep && bringsFirstValue()) && equalValues(current, incomingValue)) {
             enter(State::idle);
             return done;
         }
         if (!hasSubscribers()) {
             enter(State::before);
-            current = incomingValue;
+            publish();
             enter(State::idle);
             return done;
         }
-        const Addresses at{&current, &incomingValue, resetValue};
-        runBefore(at);
-        current = incomingValue;
-        runAfter(at);
+        runBefore(addresses());
+        publish();
+        runAfter(addresses());
         return done;
     }
 
-    bool pendingEquals(const void* incoming) const override {
-        return equalValues(incomingValue, *static_cast<const T*>(incoming));
+    // Plain values are kept twice, the published and the pending one. Of all others a second copy costs:
+    // there is one only while a change brings it, and `incomingValue` is empty otherwise.
+    static constexpr bool isKeptTwice = std::is_trivially_copyable_v<T>;
+
+    [[nodiscard]] bool hasIncoming() const noexcept { return isKeptTwice || incomingIsKept; }
+    [[nodiscard]] bool isInStep() const {
+        return isKeptTwice ? equalValues(current, incomingValue) : !incomingIsKept;
     }
-    bool pendingEqualsPublished() const override { return equalValues(current, incomingValue); }
-    void storePending(const void* incoming) override { incomingValue = *static_cast<const T*>(incoming); }
-    void publish() override { current = incomingValue; }
-    Addresses addresses() noexcept override { return {&current, &incomingValue, resetValue}; }
+    template <class Incoming>
+    void takeIncoming(Incoming&& incoming) {
+        incomingValue = std::forward<Incoming>(incoming);
+        incomingIsKept = true;
+    }
+
+    bool pendingEquals(const void* incoming) const override {
+        return equalValues(pending(), *static_cast<const T*>(incoming));
+    }
+    bool pendingEqualsPublished() const override { return equalValues(current, pending()); }
+    void storePending(const void* incoming) override { takeIncoming(*static_cast<const T*>(incoming)); }
+    void publish() override {
+        if constexpr (isKeptTwice) {
+            current = incomingValue;
+        } else if (incomingIsKept) {
+            incomingIsKept = false;
+            current = std::exchange(incomingValue, T{});
+        }
+    }
+    Addresses addresses() noexcept override {
+        return {&current, hasIncoming() ? &incomingValue : &current, resetValue};
+    }
 
     const T* resetValue;
     T current;
-    T incomingValue;
+    T incomingValue{};
 };
 
 }  // namespace korva::framework

@@ -96,6 +96,8 @@ protected:
         }
     }
     void enter(State next) noexcept { state = next; }
+    /// Whether the change that has just begun still brings the value that it began with.
+    [[nodiscard]] bool bringsFirstValue() const noexcept { return state == State::propagating; }
     void runBefore(const Addresses& at) {
         state = State::before;
         if (hasBeforeFunctions) {
@@ -130,9 +132,12 @@ private:
     ListenerList<PropagatorNode> propagators;
     ListenerList<SubscriberNode> subscribers;
     State state = State::idle;
-    bool changed = false;             // whether subscribers are to be told of the change that runs
-    bool hasBeforeFunctions = false;  // whether there ever was one: most values have none to walk through
-    const bool ownerIsTold = false;
+    bool changed : 1 = false;             // whether subscribers are to be told of the change that runs
+    bool hasBeforeFunctions : 1 = false;  // whether there ever was one: most values have none to walk through
+    const bool ownerIsTold : 1 = false;
+
+protected:
+    bool incomingIsKept = false;  // whether the incoming value is kept beside the published one
 };
 
 }  // namespace korva::framework

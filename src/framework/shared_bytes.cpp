@@ -1,6 +1,5 @@
 #include "framework/shared_bytes.h"
 
-#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -16,15 +15,13 @@ SharedBytes::SharedBytes(std::span<const std::byte> bytes) {
     block = Ref<const Block>::adopt(made);
 }
 
-void SharedBytes::Block::Release() const noexcept {
-    if (shareCount.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-        this->~Block();
-        ::operator delete(const_cast<Block*>(this));
-    }
+void SharedBytes::Block::free() const noexcept {
+    this->~Block();
+    ::operator delete(const_cast<Block*>(this));
 }
 
-bool operator==(const SharedBytes& a, const SharedBytes& b) noexcept {
-    return a.block == b.block || std::ranges::equal(a.bytes(), b.bytes());
+bool SharedBytes::haveEqualBytes(const Block& a, const Block& b) noexcept {
+    return std::memcmp(a.data(), b.data(), a.size) == 0;
 }
 
 }  // namespace korva::framework

@@ -23,7 +23,9 @@ public:
     [[nodiscard]] std::size_t size() const noexcept { return bytes().size(); }
     [[nodiscard]] bool empty() const noexcept { return !block; }
 
-    friend bool operator==(const SharedBytes& a, const SharedBytes& b) noexcept;
+    friend bool operator==(const SharedBytes& a, const SharedBytes& b) noexcept {
+        return a.block == b.block || (a.size() == b.size() && haveEqualBytes(*a.block, *b.block));
+    }
 
 private:
     /// The count of shares and the length; the bytes follow it.
@@ -32,11 +34,23 @@ private:
         std::size_t size = 0;
 
         void AddRef() const noexcept { shareCount.fetch_add(1, std::memory_order_relaxed); }
-        void Release() const noexcept;
+        // The holder of the only share needs no other's consent: a look is cheaper than a change.
+        void Release() const noexcept {
+            if (shareCount.load(std::memory_order_acquire) == 1 ||
+                shareCount.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+                free();
+            }
+        }
         [[nodiscard]] const std::byte* data() const noexcept {
             return reinterpret_cast<const std::byte*>(this + 1);
         }
+
+    private:
+        void free() const noexcept;
     };
+
+    /// Of blocks of one length.
+    static bool haveEqualBytes(const Block& a, const Block& b) noexcept;
 
     Ref<const Block> block;
 };

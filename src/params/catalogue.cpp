@@ -1,6 +1,7 @@
 #include "params/catalogue.h"
 
 #include <algorithm>
+#include <cstring>
 #include <unordered_map>
 
 #include "params/catalogue_rows.h"
@@ -182,14 +183,13 @@ const ParamDescriptorList& BaseList() noexcept {
 }
 
 std::vector<std::byte> defaultPayload(const ParamDescriptor& descriptor) {
-    std::vector<std::byte> payload;
-    payload.reserve(payloadSize(descriptor));
-    for (std::uint32_t i = 0; i < descriptor.fieldCount; ++i) {
-        const ParamField& field = descriptor.fields[i];
-        const std::uint64_t value = field.isBytes != 0 ? 0 : field.defaultValue;
-        for (std::uint64_t at = 0; at < field.length; ++at) {
-            payload.push_back(at < 8 ? static_cast<std::byte>(value >> (8 * at)) : std::byte{0});
+    std::vector<std::byte> payload(payloadSize(descriptor));
+    std::byte* at = payload.data();
+    for (const ParamField& field : std::span(descriptor.fields, descriptor.fieldCount)) {
+        if (field.isBytes == 0) {
+            std::memcpy(at, &field.defaultValue, field.length);  // little-endian, as the processor is
         }
+        at += field.length;
     }
     return payload;
 }

@@ -34,14 +34,12 @@ void ChunkReader::applyBlob(const BLOB& blob) {
     sizes = chunk->sizes;
     const std::span bytes(reinterpret_cast<const std::byte*>(blob.pBlobData), blob.cbSize);
     std::optional<std::span<const std::byte>> slices = takeOverrides(bytes, sizes);
-    // Setting a value runs others' code, which may close the reader: its chunk stays till the end.
-    const std::shared_ptr<const PresetChunk> kept = chunk;
-    for (std::size_t i = 0; slices && i < kept->parameters.size(); ++i) {
+    for (std::size_t i = 0; slices && i < chunk->parameters.size(); ++i) {
         const std::optional<std::span<const std::byte>> slice = takeSlice(*slices, sizes[i]);
         if (!slice) {
             return;
         }
-        kept->parameters[i]->PresetValue.set(framework::SharedBytes(*slice));
+        chunk->parameters[i]->PresetValue.set(framework::SharedBytes(*slice));
     }
 }
 

@@ -1,4 +1,4 @@
-#include "bench/framework/counted_memory.h"
+#include "bench/support/counted_memory.h"
 
 #include <malloc.h>
 
