@@ -1,8 +1,9 @@
 #include "platform/registry.h"
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
-#include <new>
+#include <vector>
 
 #include "embedded_registry/database.h"
 #include "embedded_registry/failure.h"
@@ -23,10 +24,9 @@ RegistryResult answer(const Action& action) noexcept {
         return action();
     } catch (const embedded::Failure& failure) {
         return failure.result;
-    } catch (const std::bad_alloc&) {
-        return outOfMemory;
     } catch (...) {
-        return ioFailed;
+        // No memory, or no thread.
+        return outOfMemory;
     }
 }
 
@@ -232,6 +232,50 @@ RegistryResult applyRegistryChanges(std::span<const RegistryChange> changes, std
         *failedIndex = index;
     }
     return result;
+}
+
+/// Keeps the files open that it was armed in.
+class RegistryWatch::Signal {
+public:
+    Signal() = default;
+    ~Signal() {
+        for (const auto& database : databases) {
+            database->listener.forget(own);
+        }
+    }
+    Signal(const Signal&) = delete;
+    Signal& operator=(const Signal&) = delete;
+
+    [[nodiscard]] RegistryResult arm(const std::shared_ptr<Database>& database, embedded::KeyId key) {
+        if (std::find(databases.begin(), databases.end(), database) == databases.end()) {
+            databases.push_back(database);
+        }
+        return database->listener.arm(own, key);
+    }
+
+    embedded::WatchSignal own;
+
+private:
+    std::vector<std::shared_ptr<Database>> databases;
+};
+
+RegistryWatch::RegistryWatch() : signal(std::make_unique<Signal>()) {}
+
+RegistryWatch::~RegistryWatch() = default;
+
+RegistryResult RegistryWatch::arm(const RegistryKey& key) {
+    if (!key) {
+        return invalidHandle;
+    }
+    return answer([&] { return signal->arm(key.key->database, key.key->id()); });
+}
+
+WaitHandle RegistryWatch::handle() const noexcept {
+    return signal->own.handle();
+}
+
+bool RegistryWatch::take() noexcept {
+    return signal->own.take();
 }
 
 std::string registryPlace() {

@@ -86,7 +86,8 @@ Database::Database(const std::string& at)
       identity(identityOf(path)),
       reader(path, writing->kind()),
       bell(path + "-bell"),
-      writer(*writing, bell) {}
+      writer(*writing, bell),
+      listener(reader, bell) {}
 
 Database::Identity Database::identityOf(const std::string& path) noexcept {
     struct stat found {};

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "embedded_registry/bell.h"
+#include "embedded_registry/listener.h"
 #include "embedded_registry/reader.h"
 #include "embedded_registry/writer.h"
 
@@ -46,6 +47,7 @@ public:
     Reader reader;
     Bell bell;
     Writer writer;
+    Listener listener;
 };
 
 }  // namespace korva::platform::embedded

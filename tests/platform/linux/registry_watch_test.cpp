@@ -1,0 +1,184 @@
+// The thread behind watches of the registry.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <array>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <span>
+#include <string>
+#include <thread>
+
+#include "platform/registry.h"
+#include "platform/wait_handles.h"
+#include "tests/support/own_registry.h"
+#include "tests/support/processor_time.h"
+#include "tests/support/thread_count.h"
+#include "tests/support/wait_until.h"
+
+namespace korva::platform {
+namespace {
+
+using namespace registry_result;
+
+class RegistryListener : public testing::Test {
+protected:
+    RegistryListener() {
+        EXPECT_EQ(RegistryKey::root(RegistryRoot::localMachine)
+                      .create(registry.key() + "\\a\\b", RegistryAccess::readWrite, key),
+                  success);
+    }
+
+    static RegistryResult write(const RegistryKey& to, int number) {
+        return to.setValue("x", registry_type::dword, std::as_bytes(std::span(&number, 1)));
+    }
+
+    static bool isToldWithin(const RegistryWatch& watch, std::int64_t limitMs) {
+        const std::array handles{watch.handle()};
+        return waitForHandles(handles, limitMs) == 0;
+    }
+
+    test::OwnRegistry registry;
+    RegistryKey key;
+};
+
+/// How often the threads of this process went to sleep by themselves.
+std::int64_t sleepsSoFar() {
+    std::int64_t sum = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        const std::string label = "voluntary_ctxt_switches:";
+        std::ifstream status(task.path() / "status");
+        for (std::string line; std::getline(status, line);) {
+            sum += line.starts_with(label) ? std::stoll(line.substr(label.size())) : 0;
+        }
+    }
+    return sum;
+}
+
+TEST_F(RegistryListener, EndsWithTheLastWatch) {
+    const std::size_t before = test::threadCountAtRest();
+    {
+        RegistryWatch first;
+        ASSERT_EQ(first.arm(key), success);
+        RegistryWatch second;
+        ASSERT_EQ(second.arm(key), success);
+        EXPECT_EQ(test::threadCount(), before + 1);
+    }
+    EXPECT_TRUE(test::waitUntil([&] { return test::threadCount() == before; }));
+}
+
+TEST_F(RegistryListener, BeginsAnewAfterItsEnd) {
+    for (int i = 0; i < 20; ++i) {
+        RegistryWatch watch;
+        ASSERT_EQ(watch.arm(key), success);
+        ASSERT_EQ(write(key, i), success);
+        EXPECT_TRUE(isToldWithin(watch, 20'000));
+    }
+}
+
+TEST_F(RegistryListener, TellsOfAChangeThatWasNotRung) {
+    RegistryWatch watch;
+    ASSERT_EQ(watch.arm(key), success);
+
+    // As one who is killed between the two leaves it: the change is there, the bell was not rung.
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(registryPlace().c_str(), &other), SQLITE_OK);
+    sqlite3_busy_timeout(other, 5000);
+    ASSERT_EQ(sqlite3_exec(other, "UPDATE keys SET sequence = sequence + 1", nullptr, nullptr, nullptr),
+              SQLITE_OK);
+
+    EXPECT_TRUE(isToldWithin(watch, 20'000));
+    sqlite3_close(other);
+}
+
+TEST_F(RegistryListener, TellsOfTheDeletionOfTheKeyItself) {
+    RegistryWatch watch;
+    ASSERT_EQ(watch.arm(key), success);
+    ASSERT_EQ(RegistryKey::root(RegistryRoot::localMachine).deleteKey(registry.key() + "\\a\\b"), success);
+    EXPECT_TRUE(isToldWithin(watch, 20'000));
+    EXPECT_TRUE(watch.take());
+    EXPECT_EQ(watch.arm(key), keyDeleted);
+}
+
+TEST_F(RegistryListener, TellsOfAChangeThatComesBetweenTwoArmings) {
+    RegistryWatch watch;
+    for (int i = 0; i < 500; ++i) {
+        ASSERT_EQ(watch.arm(key), success);
+        ASSERT_EQ(write(key, i), success);
+        ASSERT_EQ(watch.arm(key), success);
+        ASSERT_TRUE(isToldWithin(watch, 20'000));
+        ASSERT_TRUE(watch.take());
+    }
+}
+
+TEST_F(RegistryListener, HearsWritesToEachRegistryThatIsArmed) {
+    RegistryWatch watch;
+    ASSERT_EQ(watch.arm(key), success);
+    const test::OwnRegistry second;
+    RegistryKey other;
+    ASSERT_EQ(
+        RegistryKey::root(RegistryRoot::localMachine).open(second.key(), RegistryAccess::readWrite, other),
+        success);
+    ASSERT_EQ(watch.arm(other), success);
+
+    ASSERT_EQ(write(other, 1), success);
+    EXPECT_TRUE(isToldWithin(watch, 20'000));
+    EXPECT_TRUE(watch.take());
+    ASSERT_EQ(write(key, 1), success);
+    EXPECT_TRUE(isToldWithin(watch, 20'000));
+}
+
+TEST_F(RegistryListener, WakesFourTimesASecondAtMostWhenNothingChanges) {
+    RegistryWatch watch;
+    ASSERT_EQ(watch.arm(key), success);
+    const std::int64_t sleepsBefore = sleepsSoFar();
+    const std::int64_t timeBefore = test::processorTimeMs();
+
+    EXPECT_FALSE(isToldWithin(watch, 3000));
+
+    // The test's own wait is one more, and the listener may not have gone to sleep before.
+    EXPECT_LE(sleepsSoFar() - sleepsBefore, 3 * 4 + 2);
+    EXPECT_LE(test::processorTimeMs() - timeBefore, 30);
+}
+
+TEST_F(RegistryListener, SleepsWhenNothingIsArmed) {
+    RegistryWatch watch;
+    ASSERT_EQ(watch.arm(key), success);
+    ASSERT_EQ(write(key, 1), success);
+    ASSERT_TRUE(isToldWithin(watch, 20'000));
+    ASSERT_TRUE(watch.take());
+    const std::int64_t sleepsBefore = sleepsSoFar();
+
+    EXPECT_FALSE(isToldWithin(watch, 2000));
+
+    // One is the test's own, one the listener's, which may have been awake still. Looks would be eight.
+    EXPECT_LE(sleepsSoFar() - sleepsBefore, 3);
+}
+
+TEST_F(RegistryListener, LosesNoChangeToArmingAndReading) {
+    constexpr int last = 3000;
+    std::thread writer([this] {
+        for (int i = 1; i <= last; ++i) {
+            ASSERT_EQ(write(key, i), success);
+        }
+    });
+    RegistryWatch watch;
+    int seen = 0;
+    while (seen < last) {
+        ASSERT_EQ(watch.arm(key), success);
+        RegistryValue value;
+        if (key.readValue("x", value) == success) {
+            std::memcpy(&seen, value.data.data(), sizeof seen);
+        }
+        if (seen < last && !isToldWithin(watch, 20'000)) {
+            break;
+        }
+        watch.take();
+    }
+    EXPECT_EQ(seen, last);
+    writer.join();
+}
+
+}  // namespace
+}  // namespace korva::platform
