@@ -142,9 +142,9 @@ struct RegistryChange {
 
     Kind kind = Kind::createKey;
     RegistryRoot root = RegistryRoot::localMachine;
-    std::string path;     ///< Of the key.
-    std::string name;     ///< Of the value.
-    RegistryValue value;  ///< What it is set to.
+    std::string path{};     ///< Of the key.
+    std::string name{};     ///< Of the value.
+    RegistryValue value{};  ///< What it is set to.
 };
 
 /// Makes all the changes in their order, or none. To delete what isn't there is no fault. An embedded

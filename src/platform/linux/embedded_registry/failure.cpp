@@ -7,7 +7,8 @@ namespace {
 
 using namespace registry_result;
 
-/// SQLite calls only a refused write a full disk; a limit of the file's size is the same to a user.
+/// SQLite calls only the first of them a full disk; to a user, the limits of a user and of a file are the
+/// same.
 bool noRoom(int systemError) {
     return systemError == ENOSPC || systemError == EDQUOT || systemError == EFBIG;
 }
@@ -18,6 +19,23 @@ bool notAllowed(int systemError) {
 
 RegistryResult resultOfSystemError(int systemError) {
     return noRoom(systemError) ? diskFull : notAllowed(systemError) ? accessDenied : ioFailed;
+}
+
+/// Whether the last write that failed had no room. The system's error that the connection itself keeps is of
+/// the last call of all, which was to clean up.
+bool hadNoRoom(sqlite3* connection) {
+    for (const int which : {SQLITE_FCNTL_JOURNAL_POINTER, SQLITE_FCNTL_FILE_POINTER}) {
+        sqlite3_file* file = nullptr;
+        int error = 0;
+        sqlite3_file_control(connection, "main", which, &file);
+        if (file != nullptr && file->pMethods != nullptr) {
+            file->pMethods->xFileControl(file, SQLITE_FCNTL_LAST_ERRNO, &error);
+        }
+        if (noRoom(error)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace
@@ -41,8 +59,12 @@ RegistryResult resultOf(sqlite3* connection, int code) noexcept {
         case SQLITE_TOOBIG:
             return outOfMemory;
         case SQLITE_IOERR:
-            return code == SQLITE_IOERR_NOMEM ? outOfMemory
-                                              : resultOfSystemError(sqlite3_system_errno(connection));
+            if (code == SQLITE_IOERR_NOMEM) {
+                return outOfMemory;
+            }
+            return code == SQLITE_IOERR_WRITE && hadNoRoom(connection)
+                       ? diskFull
+                       : resultOfSystemError(sqlite3_system_errno(connection));
         case SQLITE_CANTOPEN:
             return resultOfSystemError(sqlite3_system_errno(connection));
         // Also what a table that is missing gives: whether the file is a registry at all was looked at
