@@ -94,6 +94,9 @@ RegistryResult Writer::applyOne(const RegistryChange& change) {
         if (changes.search.descend(chain, full) < full.size()) {
             return success;
         }
+        if (changes.search.isLink(chain.back())) {
+            return isLink;
+        }
         const RegistryResult result = changes.deleteValue(chain, *folded);
         return result == notFound ? success : result;
     }
