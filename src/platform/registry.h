@@ -4,9 +4,11 @@
 // environment names it, else it is $XDG_STATE_HOME/korva/registry (~/.local/state/korva/registry), made when
 // it is first opened. Both keep to the same contract; where they can't, it is said here.
 //
-// Paths and names are UTF-8; parts of a path are separated by a backslash. Names are compared without regard
-// to case (Unicode's simple folding) and kept as they were first written. The empty value name is the key's
-// default value.
+// Paths and names are UTF-8 without a zero inside; parts of a path are separated by a backslash, one more may
+// end it, and none is empty. The name of a key takes up to 255 units of UTF-16, that of a value up to 16,383,
+// and a path up to 512 names. Names are compared without regard to case (Unicode's simple folding; the system
+// has its own, older one) and kept as they were first written. The empty value name is the key's default
+// value.
 #pragma once
 
 #include <cstddef>
@@ -32,7 +34,7 @@ inline constexpr RegistryResult accessDenied = 5;   ///< Not for this access; or
 inline constexpr RegistryResult invalidHandle = 6;  ///< No open key.
 inline constexpr RegistryResult invalidData = 13;   ///< Data that its type doesn't allow.
 inline constexpr RegistryResult outOfMemory = 14;
-inline constexpr RegistryResult invalidParameter = 87;  ///< A name too long, or not UTF-8.
+inline constexpr RegistryResult invalidParameter = 87;  ///< A path or name that is none, see above.
 inline constexpr RegistryResult diskFull = 112;
 inline constexpr RegistryResult busy = 170;              ///< Another writer kept the file for over 5 s.
 inline constexpr RegistryResult moreData = 234;          ///< A buffer is too small.
@@ -66,7 +68,7 @@ enum class RegistryRoot : std::uint32_t {
 /// What an open key may be used for, in the numbers of Windows.
 enum class RegistryAccess : std::uint32_t {
     read = 0x20019,       ///< KEY_READ
-    readWrite = 0x2001F,  ///< KEY_READ, and to set values and create sub-keys.
+    readWrite = 0x2001F,  ///< KEY_READ, and to change values and sub-keys.
 };
 
 /// A value as it is stored: any bytes of any length under any type.
@@ -90,17 +92,21 @@ public:
     /// itself can't be opened.
     [[nodiscard]] static RegistryKey root(RegistryRoot root, RegistryResult* result = nullptr);
 
-    /// Opens a key below this one (this one itself if `path` is empty). A key with a value
-    /// "SymbolicLinkValue" points elsewhere and is refused with 681; the way to it is not looked at.
+    /// Opens a key below this one (this one itself once more if `path` is empty), whatever this one may be
+    /// used for. `opened` is as it was unless the result is 0. A key with a value "SymbolicLinkValue" points
+    /// elsewhere and is refused with 681; the way to it is not looked at.
     [[nodiscard]] RegistryResult open(std::string_view path, RegistryAccess access,
                                       RegistryKey& opened) const;
-    /// The same, and makes the keys that are missing. `created` tells whether it was.
+    /// The same, and makes the keys that are missing: 5 if there are any and this key may only be read.
+    /// `created` tells whether it was.
     [[nodiscard]] RegistryResult create(std::string_view path, RegistryAccess access, RegistryKey& opened,
                                         bool* created = nullptr) const;
 
-    /// Deletes a key below this one; 5 if it has sub-keys, 2 if it is missing.
+    /// Deletes a key below this one; 5 if it has sub-keys or this key may only be read, 2 if it is missing,
+    /// 87 for an empty path.
     [[nodiscard]] RegistryResult deleteKey(std::string_view path) const;
-    /// Deletes a key below this one with all below it, at once with an embedded registry.
+    /// Deletes a key below this one with all below it, at once with an embedded registry. The same results
+    /// but for the sub-keys.
     [[nodiscard]] RegistryResult deleteTree(std::string_view path) const;
 
     /// `value` is as it was unless the result is 0.
@@ -123,7 +129,8 @@ public:
     [[nodiscard]] std::uintptr_t handle() const noexcept;
     explicit operator bool() const noexcept { return static_cast<bool>(key); }
 
-    /// Whether both are shares of one open key: a key that is opened twice has two handles.
+    /// Whether both are shares of one open key: a key that is opened twice has two handles, unless it is a
+    /// root.
     friend bool operator==(const RegistryKey& a, const RegistryKey& b) noexcept {
         return a.handle() == b.handle();
     }
@@ -147,16 +154,18 @@ struct RegistryChange {
     RegistryValue value{};  ///< What it is set to.
 };
 
-/// Makes all the changes in their order, or none. To delete what isn't there is no fault. An embedded
-/// registry shows them to others all together; the system's shows one after the other, and keeps those before
-/// one that fails. `failedIndex` then tells which one failed.  [any, blocks]
+/// Makes all the changes in their order, or none. To delete what isn't there is no fault; a key that points
+/// elsewhere is refused, unless it is deleted itself. An embedded registry shows them to others all together;
+/// the system's shows one after the other, and keeps those before one that fails. `failedIndex` then tells
+/// which one failed.  [any, blocks]
 [[nodiscard]] RegistryResult applyRegistryChanges(std::span<const RegistryChange> changes,
                                                   std::size_t* failedIndex = nullptr);
 
 /// Tells when values change. Signalled by the first change after `arm`, and not again before the next `arm`.
-/// A change before `arm` is not told of, so arm first and read then. To set a value to what it is may count
-/// as a change or not; that a key of the subtree comes or goes need not. The deletion of the armed key itself
-/// may pass unnoticed: `arm` then gives 1018.
+/// A change before a key is first armed is not told of, one between a signal and the next `arm` need not be:
+/// so arm first and read then. To set a value to what it is may count as a change or not; that a key of the
+/// subtree comes or goes need not. The deletion of the armed key itself may pass unnoticed: `arm` then gives
+/// 1018.
 ///
 /// One thread arms and takes; the handle may be waited on by others.
 class RegistryWatch {
