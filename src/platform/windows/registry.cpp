@@ -1,0 +1,384 @@
+#include "platform/registry.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <optional>
+#include <system_error>
+
+#include "platform/unicode.h"
+#include "platform/windows/registry_handle.h"
+
+namespace korva::platform {
+
+/// Closes its key, unless that is a root.
+class OpenRegistryKey {
+public:
+    OpenRegistryKey(HKEY opened, RegistryAccess granted) noexcept : handle(opened), access(granted) {}
+    ~OpenRegistryKey() {
+        if (!isPredefined(handle)) {
+            RegCloseKey(handle);
+        }
+    }
+    OpenRegistryKey(const OpenRegistryKey&) = delete;
+    OpenRegistryKey& operator=(const OpenRegistryKey&) = delete;
+
+    /// A share of `key`, which is closed with the last one. Closes it as well if there is no memory for that.
+    [[nodiscard]] static RegistryKey share(HKEY key, RegistryAccess granted) {
+        std::unique_ptr<const OpenRegistryKey> opened;
+        try {
+            opened = std::make_unique<const OpenRegistryKey>(key, granted);
+        } catch (...) {
+            const OpenRegistryKey closing(key, granted);
+            throw;
+        }
+        return RegistryKey(std::shared_ptr<const OpenRegistryKey>(std::move(opened)));
+    }
+
+    /// The system looks at this for values only: to make and delete keys it asks what the user may do.
+    [[nodiscard]] bool mayWrite() const noexcept { return access == RegistryAccess::readWrite; }
+
+    HKEY const handle;
+
+private:
+    RegistryAccess access;
+};
+
+namespace {
+
+using Access = RegistryAccess;
+using Result = RegistryResult;
+namespace result = registry_result;
+
+constexpr std::size_t longestKeyName = 255;      // UTF-16 units.
+constexpr std::size_t longestValueName = 16383;  // The same.
+constexpr std::size_t deepestPath = 512;
+constexpr const wchar_t* linkValue = L"SymbolicLinkValue";
+
+/// Text for the system, which takes a zero unit for its end: there is none inside.
+std::optional<WideString> systemText(std::string_view utf8) {
+    if (utf8.find('\0') != utf8.npos) {
+        return std::nullopt;
+    }
+    return exactWide(utf8);
+}
+
+std::optional<WideString> valueNameOf(std::string_view utf8) {
+    auto name = systemText(utf8);
+    return name && name->size() <= longestValueName ? std::move(name) : std::nullopt;
+}
+
+/// A path as every version of the system takes it: without the backslash that may end it, and with a name
+/// between any two.
+std::optional<WideString> pathOf(std::string_view utf8) {
+    auto path = systemText(utf8);
+    if (path && path->ends_with(L'\\')) {
+        path->pop_back();
+    }
+    if (!path || utf8.empty()) {
+        return path;
+    }
+    std::size_t depth = 0;
+    for (std::size_t begin = 0; begin <= path->size(); ++depth) {
+        const std::size_t end = std::min(path->find(L'\\', begin), path->size());
+        if (end == begin || end - begin > longestKeyName) {
+            return std::nullopt;
+        }
+        begin = end + 1;
+    }
+    return depth <= deepestPath ? std::move(path) : std::nullopt;
+}
+
+/// The path of a key to delete: the system would take an empty one for the open key itself.
+std::optional<WideString> pathBelow(std::string_view utf8) {
+    return utf8.empty() ? std::nullopt : pathOf(utf8);
+}
+
+/// Takes an open key over: refused if it points elsewhere.
+Result keepUnlessLink(HKEY handle, Access access, RegistryKey& opened) {
+    RegistryKey key = OpenRegistryKey::share(handle, access);
+    const LSTATUS linked = RegQueryValueExW(handle, linkValue, nullptr, nullptr, nullptr, nullptr);
+    if (linked == ERROR_SUCCESS) {
+        return result::isLink;
+    }
+    if (linked != ERROR_FILE_NOT_FOUND) {
+        return linked;
+    }
+    opened = std::move(key);
+    return result::success;
+}
+
+Result openKey(HKEY parent, const WideString& path, Access access, RegistryKey& opened) {
+    HKEY handle = nullptr;
+    // A link is opened as the key that it is: where it leads is what must not be opened.
+    const LSTATUS failed =
+        RegOpenKeyExW(parent, path.c_str(), REG_OPTION_OPEN_LINK, static_cast<REGSAM>(access), &handle);
+    return failed != ERROR_SUCCESS ? failed : keepUnlessLink(handle, access, opened);
+}
+
+Result createKey(HKEY parent, const WideString& path, Access access, RegistryKey& opened, bool& created) {
+    HKEY handle = nullptr;
+    DWORD disposition = 0;
+    const LSTATUS failed = RegCreateKeyExW(parent, path.c_str(), 0, nullptr, REG_OPTION_OPEN_LINK,
+                                           static_cast<REGSAM>(access), nullptr, &handle, &disposition);
+    if (failed != ERROR_SUCCESS) {
+        return failed;
+    }
+    created = disposition == REG_CREATED_NEW_KEY;
+    return keepUnlessLink(handle, access, opened);
+}
+
+/// Grows `buffer` until `read(buffer, capacity)` doesn't find it too small, up to `longest` units.
+template <class Read>
+LSTATUS readName(std::size_t longest, WideString& name, const Read& read) {
+    name.resize(128);
+    for (;;) {
+        auto length = static_cast<DWORD>(name.size());
+        const LSTATUS failed = read(name.data(), &length);
+        if (failed == ERROR_MORE_DATA && name.size() <= longest) {
+            // How much is needed isn't told.
+            name.resize(2 * name.size());
+            continue;
+        }
+        name.resize(failed == ERROR_SUCCESS ? length : 0);
+        return failed;
+    }
+}
+
+}  // namespace
+
+RegistryKey RegistryKey::root(RegistryRoot root, RegistryResult* outcome) {
+    if (outcome != nullptr) {
+        *outcome = result::success;
+    }
+    // The system's roots are the same numbers as signed ones.
+    const auto number = static_cast<std::intptr_t>(static_cast<std::int32_t>(root));
+    return OpenRegistryKey::share(reinterpret_cast<HKEY>(number), Access::readWrite);
+}
+
+RegistryResult RegistryKey::open(std::string_view path, RegistryAccess access, RegistryKey& opened) const {
+    if (key == nullptr) {
+        return result::invalidHandle;
+    }
+    const auto widePath = pathOf(path);
+    return widePath ? openKey(key->handle, *widePath, access, opened) : result::invalidParameter;
+}
+
+RegistryResult RegistryKey::create(std::string_view path, RegistryAccess access, RegistryKey& opened,
+                                   bool* created) const {
+    if (key == nullptr) {
+        return result::invalidHandle;
+    }
+    const auto widePath = pathOf(path);
+    if (!widePath) {
+        return result::invalidParameter;
+    }
+    bool isNew = false;
+    Result failed = result::success;
+    // Not every version tells that the key itself, with an empty path, was there before.
+    if (key->mayWrite() && !widePath->empty()) {
+        failed = createKey(key->handle, *widePath, access, opened, isNew);
+    } else {
+        failed = openKey(key->handle, *widePath, access, opened);
+        failed = failed == result::notFound ? result::accessDenied : failed;
+    }
+    if (created != nullptr && failed == result::success) {
+        *created = isNew;
+    }
+    return failed;
+}
+
+RegistryResult RegistryKey::deleteKey(std::string_view path) const {
+    if (key == nullptr) {
+        return result::invalidHandle;
+    }
+    const auto widePath = pathBelow(path);
+    if (!widePath) {
+        return result::invalidParameter;
+    }
+    return key->mayWrite() ? RegDeleteKeyExW(key->handle, widePath->c_str(), 0, 0) : result::accessDenied;
+}
+
+RegistryResult RegistryKey::deleteTree(std::string_view path) const {
+    if (key == nullptr) {
+        return result::invalidHandle;
+    }
+    const auto widePath = pathBelow(path);
+    if (!widePath) {
+        return result::invalidParameter;
+    }
+    return key->mayWrite() ? RegDeleteTreeW(key->handle, widePath->c_str()) : result::accessDenied;
+}
+
+RegistryResult RegistryKey::readValue(std::string_view name, RegistryValue& value) const {
+    if (key == nullptr) {
+        return result::invalidHandle;
+    }
+    const auto wideName = valueNameOf(name);
+    if (!wideName) {
+        return result::invalidParameter;
+    }
+    // Most values fit; and one that grows while it is read is asked for again.
+    std::vector<std::byte> data(128);
+    for (;;) {
+        DWORD type = 0;
+        auto size = static_cast<DWORD>(data.size());
+        const LSTATUS failed = RegQueryValueExW(key->handle, wideName->c_str(), nullptr, &type,
+                                                reinterpret_cast<BYTE*>(data.data()), &size);
+        if (failed != ERROR_SUCCESS && failed != ERROR_MORE_DATA) {
+            return failed;
+        }
+        data.resize(size);
+        if (failed == ERROR_SUCCESS) {
+            value = {.type = type, .data = std::move(data)};
+            return result::success;
+        }
+    }
+}
+
+RegistryResult RegistryKey::setValue(std::string_view name, std::uint32_t type,
+                                     std::span<const std::byte> data) const {
+    if (key == nullptr) {
+        return result::invalidHandle;
+    }
+    const auto wideName = valueNameOf(name);
+    if (!wideName || data.size() > std::numeric_limits<DWORD>::max()) {
+        return result::invalidParameter;
+    }
+    // The system looks behind the data of a string: it stores two bytes more if they are a terminator that
+    // the caller seems to have left out. Bytes that are none keep it from that.
+    std::vector<std::byte> guarded(data.size() + sizeof(WCHAR), std::byte{0xFF});
+    std::copy(data.begin(), data.end(), guarded.begin());
+    return RegSetValueExW(key->handle, wideName->c_str(), 0, type,
+                          reinterpret_cast<const BYTE*>(guarded.data()), static_cast<DWORD>(data.size()));
+}
+
+RegistryResult RegistryKey::deleteValue(std::string_view name) const {
+    if (key == nullptr) {
+        return result::invalidHandle;
+    }
+    const auto wideName = valueNameOf(name);
+    return wideName ? RegDeleteValueW(key->handle, wideName->c_str()) : result::invalidParameter;
+}
+
+RegistryResult RegistryKey::valueName(std::uint32_t index, std::size_t capacity, std::string& name) const {
+    if (key == nullptr) {
+        return result::invalidHandle;
+    }
+    WideString wideName;
+    const LSTATUS failed = readName(longestValueName, wideName, [&](WCHAR* buffer, DWORD* length) {
+        return RegEnumValueW(key->handle, index, buffer, length, nullptr, nullptr, nullptr, nullptr);
+    });
+    if (failed != ERROR_SUCCESS) {
+        return failed;
+    }
+    std::string utf8 = toUtf8(wideName);
+    if (utf8.size() >= capacity) {
+        return result::moreData;
+    }
+    name = std::move(utf8);
+    return result::success;
+}
+
+RegistryResult RegistryKey::keyName(std::uint32_t index, std::string& name) const {
+    if (key == nullptr) {
+        return result::invalidHandle;
+    }
+    WideString wideName;
+    const LSTATUS failed = readName(longestKeyName, wideName, [&](WCHAR* buffer, DWORD* length) {
+        return RegEnumKeyExW(key->handle, index, buffer, length, nullptr, nullptr, nullptr, nullptr);
+    });
+    if (failed == ERROR_SUCCESS) {
+        name = toUtf8(wideName);
+    }
+    return failed;
+}
+
+RegistryResult RegistryKey::flush() const {
+    return key == nullptr ? result::invalidHandle : RegFlushKey(key->handle);
+}
+
+std::uintptr_t RegistryKey::handle() const noexcept {
+    return key == nullptr ? 0 : reinterpret_cast<std::uintptr_t>(key->handle);
+}
+
+namespace {
+
+Result applyChange(const RegistryChange& change) {
+    using Kind = RegistryChange::Kind;
+    const RegistryKey root = RegistryKey::root(change.root);
+    if (change.kind == Kind::deleteTree) {
+        return root.deleteTree(change.path);
+    }
+    RegistryKey key;
+    if (change.kind == Kind::deleteValue) {
+        const Result failed = root.open(change.path, Access::readWrite, key);
+        return failed != result::success ? failed : key.deleteValue(change.name);
+    }
+    const Result failed = root.create(change.path, Access::readWrite, key);
+    if (failed != result::success || change.kind == Kind::createKey) {
+        return failed;
+    }
+    return key.setValue(change.name, change.value.type, change.value.data);
+}
+
+bool deletes(const RegistryChange& change) {
+    return change.kind == RegistryChange::Kind::deleteValue ||
+           change.kind == RegistryChange::Kind::deleteTree;
+}
+
+}  // namespace
+
+RegistryResult applyRegistryChanges(std::span<const RegistryChange> changes, std::size_t* failedIndex) {
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        const Result failed = applyChange(changes[i]);
+        if (failed == result::success || (failed == result::notFound && deletes(changes[i]))) {
+            continue;
+        }
+        if (failedIndex != nullptr) {
+            *failedIndex = i;
+        }
+        return failed;
+    }
+    return result::success;
+}
+
+/// The system takes its event's reference itself: it may signal after this object's is closed.
+class RegistryWatch::Signal {
+public:
+    Event event;
+};
+
+RegistryWatch::RegistryWatch() : signal(std::make_unique<Signal>()) {}
+
+RegistryWatch::~RegistryWatch() = default;
+
+RegistryResult RegistryWatch::arm(const RegistryKey& key) {
+    if (!key) {
+        return registry_result::invalidHandle;
+    }
+    // Without the last flag the system ends it together with the thread that asked.
+    constexpr DWORD filter = REG_NOTIFY_CHANGE_LAST_SET | REG_NOTIFY_THREAD_AGNOSTIC;
+    return RegNotifyChangeKeyValue(key.key->handle, TRUE, filter, signal->event.handle(), TRUE);
+}
+
+WaitHandle RegistryWatch::handle() const noexcept {
+    return signal->event.handle();
+}
+
+bool RegistryWatch::take() noexcept {
+    if (WaitForSingleObject(signal->event.handle(), 0) != WAIT_OBJECT_0) {
+        return false;
+    }
+    // A signal that comes between the two is of a change before this returns, and told with this one.
+    signal->event.reset();
+    return true;
+}
+
+std::string registryPlace() {
+    return "the Windows registry";
+}
+
+}  // namespace korva::platform
