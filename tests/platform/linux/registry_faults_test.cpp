@@ -253,15 +253,20 @@ TEST_F(RegistryFaults, TellThatThereIsNoPlace) {
 }
 
 TEST_F(RegistryFaults, BeginAnewWhereTheFileWasDeleted) {
-    const RegistryKey old = openKey();
+    RegistryKey old = openKey();
+    ASSERT_EQ(set(old, 1), success);
     files::remove(registryPlace());
 
-    ASSERT_EQ(resultOfOpening(), success);
-
+    const RegistryKey machine = RegistryKey::root(RegistryRoot::localMachine);
     RegistryKey key;
-    EXPECT_EQ(RegistryKey::root(RegistryRoot::localMachine).open(registry.key(), RegistryAccess::read, key),
-              notFound);
-    EXPECT_TRUE(files::exists(registryPlace()));
+    EXPECT_EQ(machine.open(registry.key(), RegistryAccess::read, key), notFound);
+    ASSERT_EQ(machine.create(registry.key(), RegistryAccess::readWrite, key), success);
+    ASSERT_EQ(set(key, 2), success);
+
+    // The end of the old one takes nothing from the new one.
+    old = RegistryKey();
+    ASSERT_EQ(set(key, 3), success);
+    EXPECT_EQ(test::run(childThat("get", {"x"})).output, "3\n");
 }
 
 TEST_F(RegistryFaults, LeaveOldKeysGoodWhenTheRegistryMoves) {

@@ -74,6 +74,8 @@ std::shared_ptr<Database> Database::current() {
         heldBy = getpid();
     }
     if (*held == nullptr || !(*held)->isAt(path)) {
+        // Closed first unless keys keep it: the files beside a file that was replaced are the new one's too.
+        held->reset();
         makeFoldersFor(path);
         *held = std::make_shared<Database>(path);
     }
