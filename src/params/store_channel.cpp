@@ -1,0 +1,66 @@
+#include "params/store_channel.h"
+
+#include <algorithm>
+#include <bit>
+#include <mutex>
+#include <stdexcept>
+#include <utility>
+
+namespace korva::params {
+namespace {
+
+StoreChannel::StopHandles joined(StoreChannel::StopHandles first, const StoreChannel::StopHandles& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    if (first.size() > platform::maxStopHandles) {
+        throw std::invalid_argument("a channel with too many stop handles");
+    }
+    return first;
+}
+
+}  // namespace
+
+StoreChannel::StoreChannel(std::unique_ptr<platform::StreamWriter> written, const StopHandles& stops,
+                           const StopHandles& moreStops)
+    : stream(std::move(written)), stopHandles(joined(stops, moreStops)) {}
+
+// The buffer stays: messages are many and short.
+std::span<const std::byte> StoreChannel::framed(std::span<const std::byte> data) {
+    const std::size_t length = data.size() + 1;
+    if (length > buffer.size()) {
+        buffer.resize(std::bit_ceil(length));
+    }
+    buffer[0] = std::byte{0};
+    std::copy(data.begin(), data.end(), buffer.begin() + 1);
+    return std::span(buffer).first(length);
+}
+
+bool StoreChannel::WriteSome(std::span<const std::byte> data, std::size_t& written) {
+    if (stream == nullptr || !stream->isOpen()) {
+        return false;
+    }
+    const std::lock_guard guard(mutex);
+    const platform::StreamWrite write = stream->write(framed(data), stopHandles);
+    if (!write.isDone) {
+        error = write.error;
+        return false;
+    }
+    // The frame byte alone is no progress, and repeating that would have no end.
+    if (write.byteCount <= 1) {
+        return false;
+    }
+    written = write.byteCount - 1;
+    return true;
+}
+
+bool StoreChannel::WriteAll(std::span<const std::byte> data) {
+    while (!data.empty()) {
+        std::size_t written = 0;
+        if (!WriteSome(data, written)) {
+            return false;
+        }
+        data = data.subspan(std::min(written, data.size()));
+    }
+    return true;
+}
+
+}  // namespace korva::params
