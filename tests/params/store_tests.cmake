@@ -1,0 +1,13 @@
+# Property keys and values, the store over a registry key, and the channel that tells its peer.
+set(store_tests
+    channel_messages_test.cpp
+    fx_property_store_test.cpp
+    fx_property_store_threads_test.cpp
+    multi_string_test.cpp
+    property_key_test.cpp
+    property_reader_test.cpp
+    property_set_path_test.cpp
+    registry_values_test.cpp
+    store_channel_test.cpp
+    store_sync_test.cpp
+    value_bytes_test.cpp)
