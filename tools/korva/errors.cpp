@@ -23,7 +23,11 @@ std::string asOneLine(std::string_view text) {
 }
 
 void printError(std::string_view text) {
-    const std::string line = "korva: error: " + asOneLine(text) + "\n";
+    printNotice(fmt::format("error: {}", text));
+}
+
+void printNotice(std::string_view text) {
+    const std::string line = "korva: " + asOneLine(text) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

@@ -35,4 +35,7 @@ template <typename... Args>
 /// Writes "korva: error: " and `text` as one line to standard error.
 void printError(std::string_view text);
 
+/// Writes "korva: " and `text` likewise: what happens, where nothing else would show it.
+void printNotice(std::string_view text);
+
 }  // namespace korva::tool

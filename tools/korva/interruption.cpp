@@ -49,6 +49,23 @@ public:
     sigset_t before;
 };
 
+/// False when the limit passes; without one it has none.
+bool waitFor(int descriptor, Direction direction, const timespec* limit) {
+    const HeldSignals held;
+    pollfd waiting = {descriptor, static_cast<short>(direction == Direction::read ? POLLIN : POLLOUT), 0};
+    while (true) {
+        throwIfInterrupted();
+        // Lets the signals in only while it waits.
+        const int ready = ppoll(&waiting, 1, limit, &held.before);
+        if (ready >= 0) {
+            return ready > 0;
+        }
+        if (errno != EINTR) {
+            fail("cannot wait for a file: {}", systemMessage(errno));
+        }
+    }
+}
+
 }  // namespace
 
 void catchInterruptions() {
@@ -66,19 +83,17 @@ void throwIfInterrupted() {
 }
 
 void waitUntilReady(int descriptor, Direction direction) {
-    const HeldSignals held;
-    pollfd waiting = {descriptor, static_cast<short>(direction == Direction::read ? POLLIN : POLLOUT), 0};
-    while (true) {
-        throwIfInterrupted();
-        // Lets the signals in only while it waits.
-        const int ready = ppoll(&waiting, 1, nullptr, &held.before);
-        if (ready > 0) {
-            return;
-        }
-        if (ready < 0 && errno != EINTR) {
-            fail("cannot wait for a file: {}", systemMessage(errno));
-        }
-    }
+    waitFor(descriptor, direction, nullptr);
+}
+
+bool waitUntilReady(int descriptor, Direction direction, int limitMs) {
+    const timespec limit = {limitMs / 1000, limitMs % 1000 * 1'000'000L};
+    return waitFor(descriptor, direction, &limit);
+}
+
+void pauseFor(int durationMs) {
+    constexpr int noDescriptor = -1;
+    waitUntilReady(noDescriptor, Direction::read, durationMs);
 }
 
 }  // namespace korva::tool

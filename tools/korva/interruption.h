@@ -16,4 +16,10 @@ void throwIfInterrupted();
 /// signal comes first: none is lost between a look at the flag and the wait.  [blocks]
 void waitUntilReady(int descriptor, Direction direction);
 
+/// The same for at most `limitMs` milliseconds: false if they pass first.
+bool waitUntilReady(int descriptor, Direction direction, int limitMs);
+
+/// Lets time pass, unless a signal comes.  [blocks]
+void pauseFor(int durationMs);
+
 }  // namespace korva::tool
