@@ -190,7 +190,15 @@ bool ChildProcess::readMore() {
 }
 
 bool ChildProcess::waitForError(std::string_view text) {
-    while (outcome.error.find(text) == std::string::npos) {
+    return waitForText(outcome.error, text);
+}
+
+bool ChildProcess::waitForOutput(std::string_view text) {
+    return waitForText(outcome.output, text);
+}
+
+bool ChildProcess::waitForText(const std::string& stream, std::string_view text) {
+    while (stream.find(text) == std::string::npos) {
         if (!readMore()) {
             return false;
         }

@@ -45,12 +45,15 @@ public:
 
     /// Waits until standard error has `text`. False if the program ends without, or after a minute.
     [[nodiscard]] bool waitForError(std::string_view text);
+    /// The same for standard output.
+    [[nodiscard]] bool waitForOutput(std::string_view text);
 
     /// Waits for the end. A program that takes more than a minute is killed.
     [[nodiscard]] Outcome wait();
 
 private:
     bool readMore();
+    bool waitForText(const std::string& stream, std::string_view text);
 
     pid_t process = -1;
     int outputEnd = -1;

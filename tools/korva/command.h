@@ -20,5 +20,6 @@ using Commands = std::vector<Command>;
 
 /// Each adds its command, or its group of them, to the command line.
 void addProcess(CLI::App& line, Commands& commands);
+void addRegistry(CLI::App& line, Commands& commands);
 
 }  // namespace korva::tool
