@@ -114,6 +114,7 @@ std::string hexSummary(const Bytes& bytes) {
 
 std::string stringsSummary(const std::vector<std::string>& texts) {
     std::vector<std::string> quoted;
+    quoted.reserve(texts.size());
     for (const std::string& text : texts) {
         quoted.push_back('"' + text + '"');
     }
@@ -158,9 +159,11 @@ RegistryValue stringsOfWords(const std::vector<std::string>& words) {
 std::optional<Bytes> bytesOfDigits(std::string_view digits) {
     Bytes bytes;
     for (; digits.size() >= 2; digits.remove_prefix(2)) {
+        const std::string pair(digits.substr(0, 2));
+        const char* const end = pair.data() + pair.size();
         unsigned byte = 0;
-        const auto [stop, error] = std::from_chars(digits.data(), digits.data() + 2, byte, 16);
-        if (error != std::errc() || stop != digits.data() + 2) {
+        const auto [stop, error] = std::from_chars(pair.data(), end, byte, 16);
+        if (error != std::errc() || stop != end) {
             return std::nullopt;
         }
         bytes.push_back(static_cast<std::byte>(byte));
