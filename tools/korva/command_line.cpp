@@ -48,6 +48,8 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     line.require_subcommand(1);
     Commands commands;
     addProcess(line, commands);
+    addPreset(line, commands);
+    addCatalogue(line, commands);
     addRegistry(line, commands);
     try {
         line.parse(argumentCount, arguments);

@@ -1,0 +1,167 @@
+#include "korva/preset/preset_command.h"
+
+#include <nlohmann/json.hpp>
+
+#include "korva/errors.h"
+#include "korva/preset/effect_class.h"
+#include "korva/preset/preset_file.h"
+#include "korva/preset/preset_properties.h"
+#include "korva/preset/preset_text.h"
+#include "korva/preset/stored_preset.h"
+#include "korva/registry/registry_errors.h"
+#include "korva/standard_streams.h"
+#include "params/property_key.h"
+#include "params/property_set_path.h"
+
+namespace korva::tool {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using platform::RegistryKey;
+
+/// File names may be any bytes; those that are no text are replaced.
+std::string lineOf(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+params::EffectKind effectOf(const PresetOptions& options) {
+    const std::optional<params::EffectKind> kind = effectOfName(options.effect);
+    if (!kind) {
+        fail("--effect takes sfx, mfx or efx, not '{}'", options.effect);
+    }
+    return *kind;
+}
+
+/// The path of the set that settings are read from.
+std::string userSetPath(const PresetOptions& options) {
+    if (options.endpoint.empty()) {
+        fail("--endpoint takes an endpoint's identifier, not ''");
+    }
+    std::string path = params::propertySetPath(options.endpoint, params::property_set::user);
+    if (path.empty()) {
+        fail("--endpoint takes an endpoint's identifier, which has no slashes or backslashes, not '{}'",
+             options.endpoint);
+    }
+    return path;
+}
+
+std::string summaryText(const Preset& preset) {
+    const PresetExtent extent = extentOf(preset);
+    return fmt::format("engine {}, {} parameter{} set, {} chunks, {} bytes",
+                       params::guidText(preset.engineId), preset.parameters.size(),
+                       preset.parameters.size() == 1 ? "" : "s", extent.chunks, extent.bytes);
+}
+
+void addSummary(Json& json, const Preset& preset) {
+    const PresetExtent extent = extentOf(preset);
+    json["engine"] = params::guidText(preset.engineId);
+    json["presetVersion"] = preset.presetVersion;
+    json["hardware"] = preset.hardware;
+    json["parametersSet"] = preset.parameters.size();
+    json["chunks"] = extent.chunks;
+    json["bytes"] = extent.bytes;
+}
+
+Json faultJson(const TextFault& fault) {
+    Json json = {{"message", fault.message}};
+    if (fault.line != 0) {
+        json["line"] = fault.line;
+        json["column"] = fault.column;
+    } else {
+        json["place"] = fault.place;
+    }
+    return json;
+}
+
+std::string checkText(const std::string& name, const ReadPreset& read) {
+    if (read.preset) {
+        return asOneLine(name) + ": " + summaryText(*read.preset) + "\n";
+    }
+    std::string text;
+    for (const TextFault& fault : read.faults) {
+        text += asOneLine(faultText(name, fault)) + "\n";
+    }
+    return text;
+}
+
+std::string checkJson(const std::string& name, const ReadPreset& read) {
+    Json json = {{"file", name}, {"faults", Json::array()}};
+    for (const TextFault& fault : read.faults) {
+        json["faults"].push_back(faultJson(fault));
+    }
+    if (read.preset) {
+        addSummary(json, *read.preset);
+    }
+    return lineOf(json);
+}
+
+Preset presetOfFile(const PresetOptions& options) {
+    ReadPreset read = readPresetText(readPresetFile(options.file));
+    if (!read.preset) {
+        fail("{}", faultText(presetFileName(options.file), read.faults.front()));
+    }
+    return std::move(*read.preset);
+}
+
+void printInstalled(const PresetOptions& options, const Preset& preset) {
+    if (options.json) {
+        Json json = {{"file", presetFileName(options.file)},
+                     {"endpoint", options.endpoint},
+                     {"effect", options.effect}};
+        addSummary(json, preset);
+        printOutput(lineOf(json));
+    } else if (!options.quiet) {
+        printOutput(fmt::format("Installed {} as the {} preset of {}: {}\n",
+                                asOneLine(presetFileName(options.file)), options.effect,
+                                asOneLine(options.endpoint), summaryText(preset)));
+    }
+}
+
+std::string presetWords(const PresetOptions& options) {
+    return fmt::format("the {} preset of the endpoint '{}'", options.effect, options.endpoint);
+}
+
+RegistryKey openSet(const PresetOptions& options, const std::string& path) {
+    platform::RegistryResult code = platform::registry_result::success;
+    const RegistryKey root = RegistryKey::root(platform::RegistryRoot::localMachine, &code);
+    throwIfRefused(code, "read " + presetWords(options));
+    RegistryKey key;
+    code = root.open(path, platform::RegistryAccess::read, key);
+    if (code == platform::registry_result::notFound) {
+        fail("the endpoint '{}' has no presets; 'korva preset install' makes one", options.endpoint);
+    }
+    throwIfRefused(code, "read " + presetWords(options));
+    return key;
+}
+
+}  // namespace
+
+int runPresetCheck(const PresetOptions& options) {
+    const ReadPreset read = readPresetText(readPresetFile(options.file));
+    const std::string name = presetFileName(options.file);
+    printOutput(options.json ? checkJson(name, read) : checkText(name, read));
+    return read.preset ? 0 : 1;
+}
+
+int runPresetInstall(const PresetOptions& options) {
+    const params::EffectKind kind = effectOf(options);
+    const std::string path = userSetPath(options);
+    const Preset preset = presetOfFile(options);
+    throwIfRefused(platform::applyRegistryChanges(presetChanges(preset, path, kind)),
+                   "install " + presetWords(options));
+    printInstalled(options, preset);
+    return 0;
+}
+
+int runPresetDump(const PresetOptions& options) {
+    const params::EffectKind kind = effectOf(options);
+    const std::string path = userSetPath(options);
+    try {
+        printOutput(presetText(readStoredPreset(openSet(options, path), kind)));
+    } catch (const NoPreset& reason) {
+        fail("{} can't be dumped: {}", presetWords(options), reason.what());
+    }
+    return 0;
+}
+
+}  // namespace korva::tool
