@@ -1,22 +1,18 @@
 // Any text as a key's text or a GUID's: what is read is written in one form, which reads back as the same.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
 
+#include "fuzz/require.h"
 #include "params/property_key.h"
 
 namespace {
 
 using namespace korva::params;
-
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
+using korva::fuzz::require;
 
 bool isDigit(char c) {
     return std::string_view("0123456789abcdefABCDEF").find(c) != std::string_view::npos;
@@ -42,11 +38,23 @@ void checkGuid(std::string_view text) {
     require(GuidFromText(digits) == guid);
 }
 
+/// Digit by digit from the end, which is another way than that of the function it is held against.
+std::uint32_t lowestBitsOfNumber(std::string_view text) {
+    std::uint32_t number = 0;
+    std::uint32_t weight = 1;
+    for (std::size_t i = std::min(text.find_first_not_of("0123456789"), text.size()); i > 0; --i) {
+        number += weight * static_cast<std::uint32_t>(text[i - 1] - '0');
+        weight *= 10;
+    }
+    return number;
+}
+
 void checkKey(std::string_view text) {
     const PROPERTYKEY key = TextToKey(text);
     const std::size_t comma = text.find(',');
     const bool hasComma = comma != std::string_view::npos;
     require(key.fmtid == (hasComma ? GuidFromText(text.substr(0, comma)) : GUID{}));
+    require(key.pid == (hasComma ? lowestBitsOfNumber(text.substr(comma + 1)) : 0));
     require(isValidKey(key) || key.fmtid == GUID{});
     require(TextToKey(KeyToText(key)) == key);
 }

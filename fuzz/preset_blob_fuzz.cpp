@@ -4,22 +4,17 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 #include <vector>
 
+#include "fuzz/require.h"
 #include "params/preset_blob.h"
 
 namespace {
 
+using korva::fuzz::require;
 using Bytes = std::span<const std::byte>;
 using Slices = std::vector<std::vector<std::byte>>;
-
-void require(bool isTrue) {
-    if (!isTrue) {
-        std::abort();
-    }
-}
 
 bool isWithin(Bytes part, Bytes whole) {
     return part.data() >= whole.data() && part.data() + part.size() <= whole.data() + whole.size();

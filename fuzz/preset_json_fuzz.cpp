@@ -2,28 +2,23 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <string>
 
+#include "fuzz/require.h"
 #include "korva/preset/preset_properties.h"
 #include "korva/preset/preset_text.h"
 #include "params/property_key.h"
 
 namespace {
 
+using korva::fuzz::require;
 using korva::platform::RegistryChange;
 using korva::platform::RegistryValue;
 using korva::tool::Preset;
 using Changes = std::vector<RegistryChange>;
 
 constexpr auto kind = korva::params::EffectKind::endpoint;
-
-void require(bool isTrue) {
-    if (!isTrue) {
-        std::abort();
-    }
-}
 
 bool isSame(const Changes& a, const Changes& b) {
     return std::ranges::equal(a, b, [](const RegistryChange& x, const RegistryChange& y) {

@@ -2,14 +2,15 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <optional>
 #include <span>
 
+#include "fuzz/require.h"
 #include "korva/registry/reg_text.h"
 
 namespace {
 
+using korva::fuzz::require;
 using korva::platform::RegistryChange;
 using korva::tool::RegText;
 
@@ -22,9 +23,7 @@ std::optional<RegText> readIfText(std::span<const std::byte> bytes) {
     try {
         return korva::tool::readRegText(bytes);
     } catch (const korva::tool::RegTextError& error) {
-        if (error.line == 0 || error.line > bytes.size() + 1) {
-            std::abort();
-        }
+        require(error.line > 0 && error.line <= bytes.size() + 1);
         return std::nullopt;
     }
 }
@@ -37,9 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     const RegText again = korva::tool::readRegText(korva::tool::writeRegText(text->changes));
-    if (text->lines.size() != text->changes.size() ||
-        !std::ranges::equal(text->changes, again.changes, sameChange)) {
-        std::abort();
-    }
+    require(text->lines.size() == text->changes.size());
+    require(std::ranges::equal(text->changes, again.changes, sameChange));
     return 0;
 }

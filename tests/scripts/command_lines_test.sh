@@ -30,6 +30,12 @@ gives 2 "'relaese' is no preset of" "$root/scripts/test" release relaese
 gives 2 'usage: wine_run' "$root/scripts/wine_run"
 gives 2 'usage: format' "$root/scripts/format" --chek
 gives 2 'usage: scripts/tidy' "$root/scripts/tidy" --chek
+gives 0 'usage: fuzz/run [--runs N] [TARGET...]' "$root/fuzz/run" --help
+gives 0 '  reg_text' "$root/fuzz/run" --help
+gives 2 'no such target: reg_tex;' "$root/fuzz/run" reg_text reg_tex
+gives 2 'unknown option --rnus' "$root/fuzz/run" --rnus 5
+gives 2 '--runs takes a whole number' "$root/fuzz/run" --runs 0
+gives 2 '--runs takes a whole number' "$root/fuzz/run" --runs
 
 . "$root/scripts/lib/packages.sh"
 gives 0 'no-such-package' missing_packages dpkg no-such-package base-files

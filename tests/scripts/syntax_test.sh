@@ -18,7 +18,7 @@ while IFS= read -r file; do
         echo "$file can't be executed"
         wrong=$((wrong + 1))
     fi
-done < <(find .ci scripts tests bench -type f \
-    \( -name '*.sh' -o -path 'scripts/*' -o -path '.ci/*' -o -path 'bench/run' \))
+done < <(find .ci scripts tests bench fuzz -type f \
+    \( -name '*.sh' -o -path 'scripts/*' -o -path '.ci/*' -o -path 'bench/run' -o -path 'fuzz/run' \))
 echo "$count scripts, $wrong wrong"
 [ $count -gt 0 ] && [ $wrong = 0 ]
