@@ -21,9 +21,9 @@ struct ParameterPlace {
 
 /// All of it is plain: what is left out of `parameters` has its default.
 struct Preset {
-    GUID engineId{};                                              ///< A known engine's.
-    std::uint32_t presetVersion = 1;                              ///< Never 0.
-    bool hardware = false;                                        ///< Try the hardware platform first.
+    GUID engineId{};                                                ///< A known engine's.
+    std::uint32_t presetVersion = 1;                                ///< Never 0.
+    bool hardware = false;                                          ///< Try the hardware platform first.
     std::map<ParameterPlace, std::vector<std::byte>> parameters{};  ///< The engine's, up to 65535 bytes each.
 };
 
