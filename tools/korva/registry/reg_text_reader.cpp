@@ -14,7 +14,7 @@ using platform::RegistryValue;
 using platform::WideString;
 using platform::WideView;
 
-RegistryValue stringOf(WideString text) {
+RegistryValue stringOf(const WideString& text) {
     RegistryValue value{platform::registry_type::string, {}};
     appendUnits(value.data, text + WCHAR{0});
     return value;
