@@ -31,8 +31,9 @@ ends() {
 }
 
 plays apt-get 100 <<<'E: no such package'
-plays dpkg-query 0 < <(sed -nE 's/^(common|release)_packages=\((.*)\)$/\2/p' "$root/scripts/test" | tr ' ' '\n' |
-    sed 's/^/installed /')
+# The lists of packages may go over several lines.
+plays dpkg-query 0 < <(sed -nE '/^(common|release)_packages=\(/,/\)$/p' "$root/scripts/test" |
+    sed -E 's/^[a-z]+_packages=\(//; s/\)$//' | tr -s ' ' '\n' | sed -n 's/^./installed &/p')
 plays cmake 0 <<<''
 
 plays ctest 0 <<'END'
