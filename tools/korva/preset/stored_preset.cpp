@@ -1,13 +1,14 @@
 #include "korva/preset/stored_preset.h"
 
+#include <algorithm>
 #include <exception>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "korva/errors.h"
 #include "korva/interruption.h"
-#include "korva/preset/preset_properties.h"
 #include "korva/registry/registry_errors.h"
 #include "params/property_key.h"
 
@@ -36,11 +37,10 @@ bool isSame(const std::optional<RegistryValue>& a, const std::optional<RegistryV
 /// One look: what it came upon, and what it made of it.
 class Look {
 public:
-    Look(const platform::RegistryKey& key, params::EffectKind kind) {
+    Look(params::EffectKind kind, const PropertyReader& property) {
         try {
-            preset = readPreset(kind, [&](const PROPERTYKEY& property) {
-                const std::string name = params::KeyToText(property);
-                return values.emplace(name, valueNamed(key, name)).first->second;
+            preset = readPreset(kind, [&](const PROPERTYKEY& key) {
+                return values.emplace(params::KeyToText(key), property(key)).first->second;
             });
         } catch (const NoPreset&) {
             refusal = std::current_exception();
@@ -68,19 +68,24 @@ private:
 
 }  // namespace
 
-Preset readStoredPreset(const platform::RegistryKey& key, params::EffectKind kind) {
+Preset readPresetAtRest(params::EffectKind kind, const PropertyReader& property) {
     // Values are read one by one. Those that are the same in two looks were there together at the moment
     // between the two, unless they went and came back in time, which takes several installations.
     std::optional<Look> last;
     for (int looks = 0; looks < maxLooks; ++looks) {
         throwIfInterrupted();
-        Look look(key, kind);
+        Look look(kind, property);
         if (last && look.sawTheSameAs(*last)) {
             return look.take();
         }
         last = std::move(look);
     }
     fail("cannot read the preset: another program keeps changing it; try again when it is done");
+}
+
+Preset readStoredPreset(const platform::RegistryKey& key, params::EffectKind kind) {
+    return readPresetAtRest(
+        kind, [&](const PROPERTYKEY& property) { return valueNamed(key, params::KeyToText(property)); });
 }
 
 }  // namespace korva::tool
