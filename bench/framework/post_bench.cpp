@@ -14,8 +14,8 @@
 #include <thread>
 #include <utility>
 
-#include "bench/framework/median.h"
-#include "bench/framework/processors.h"
+#include "bench/support/median.h"
+#include "bench/support/processors.h"
 #include "framework/dispatcher.h"
 
 namespace {

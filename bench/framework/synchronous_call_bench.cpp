@@ -23,9 +23,9 @@
 #include <utility>
 
 #include "bench/framework/futex_ping_pong.h"
-#include "bench/framework/median.h"
-#include "bench/framework/processors.h"
-#include "bench/framework/thread_state.h"
+#include "bench/support/median.h"
+#include "bench/support/processors.h"
+#include "bench/support/thread_state.h"
 #include "framework/dispatcher.h"
 
 namespace {

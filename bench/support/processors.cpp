@@ -1,4 +1,4 @@
-#include "bench/framework/processors.h"
+#include "bench/support/processors.h"
 
 #include <sched.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "bench/framework/thread_state.h"
+#include "bench/support/thread_state.h"
 
 #include <fcntl.h>
 #include <unistd.h>
