@@ -5,6 +5,7 @@
 
 #include <array>
 #include <chrono>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -56,6 +57,21 @@ bool ThreadState::isAsleep() const {
     const std::string_view line(text.data(), static_cast<std::size_t>(length));
     const std::size_t nameEnd = line.rfind(')');
     return nameEnd != std::string_view::npos && line.substr(nameEnd, 4) == ") S ";
+}
+
+OtherThreads::OtherThreads() {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
+        const pid_t thread = std::stoi(entry.path().filename().string());
+        if (thread != gettid()) {
+            states.emplace_back(thread);
+        }
+    }
+}
+
+void OtherThreads::waitUntilAsleep() const {
+    for (const ThreadState& state : states) {
+        state.waitUntilAsleep();
+    }
 }
 
 }  // namespace korva::bench

@@ -3,6 +3,8 @@
 
 #include <sys/types.h>
 
+#include <deque>
+
 namespace korva::bench {
 
 /// What the kernel says about one thread.  [one thread]
@@ -22,6 +24,17 @@ private:
     [[nodiscard]] bool isAsleep() const;
 
     int file;
+};
+
+/// All threads of the process that there are at first, but for the calling one.  [one thread]
+class OtherThreads {
+public:
+    OtherThreads();
+    /// Waits for one after the other: those that slept are to stay asleep until they are called.
+    void waitUntilAsleep() const;
+
+private:
+    std::deque<ThreadState> states;
 };
 
 }  // namespace korva::bench
