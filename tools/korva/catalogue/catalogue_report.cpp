@@ -3,17 +3,15 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "korva/catalogue/engine_parameters.h"
+#include "korva/json.h"
 #include "korva/preset/field_words.h"
 #include "params/property_key.h"
 
 namespace korva::tool {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 /// Zero bytes in a row that are counted instead of shown.
 constexpr std::size_t longRun = 8;

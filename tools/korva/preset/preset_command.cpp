@@ -1,8 +1,7 @@
 #include "korva/preset/preset_command.h"
 
-#include <nlohmann/json.hpp>
-
 #include "korva/errors.h"
+#include "korva/json.h"
 #include "korva/preset/effect_class.h"
 #include "korva/preset/preset_file.h"
 #include "korva/preset/preset_properties.h"
@@ -16,7 +15,6 @@
 namespace korva::tool {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using platform::RegistryKey;
 
 /// File names may be any bytes; those that are no text are replaced.

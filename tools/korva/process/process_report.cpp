@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <nlohmann/json.hpp>
 
 #include "korva/errors.h"
+#include "korva/json.h"
 
 namespace korva::tool {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Levels = std::array<float, rt::planeCount>;
 
 double decibels(float level) {

@@ -1,15 +1,12 @@
 // Values of the registry as JSON.
 #pragma once
 
-#include <nlohmann/json.hpp>
-
 #include <string>
 
+#include "korva/json.h"
 #include "platform/registry.h"
 
 namespace korva::tool {
-
-using Json = nlohmann::ordered_json;
 
 /// "name", "type", and "data" as text, number or list of texts, where the bytes can be read so. Where that
 /// leaves something out, or they can't, "bytes" has them as hexadecimal digits.
