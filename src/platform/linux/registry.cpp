@@ -69,6 +69,9 @@ public:
         return success;
     }
 
+    using Removal = RegistryResult (embedded::Writer::*)(const KeyChain& from, const embedded::Path& path);
+    [[nodiscard]] RegistryResult remove(std::string_view path, Removal removal) const;
+
     const std::shared_ptr<Database> database;
     const KeyChain chain;
     const RegistryAccess access;
@@ -144,30 +147,22 @@ RegistryResult RegistryKey::create(std::string_view path, RegistryAccess access,
     });
 }
 
-RegistryResult RegistryKey::deleteKey(std::string_view path) const {
-    if (key == nullptr) {
-        return invalidHandle;
-    }
+RegistryResult OpenRegistryKey::remove(std::string_view path, Removal removal) const {
     return answer([&] {
         const auto parts = embedded::splitPath(path);
         if (!parts || parts->empty()) {
             return invalidParameter;
         }
-        return key->mayWrite() ? key->database->writer.deleteKey(key->chain, *parts) : accessDenied;
+        return mayWrite() ? (database->writer.*removal)(chain, *parts) : accessDenied;
     });
 }
 
+RegistryResult RegistryKey::deleteKey(std::string_view path) const {
+    return key == nullptr ? invalidHandle : key->remove(path, &embedded::Writer::deleteKey);
+}
+
 RegistryResult RegistryKey::deleteTree(std::string_view path) const {
-    if (key == nullptr) {
-        return invalidHandle;
-    }
-    return answer([&] {
-        const auto parts = embedded::splitPath(path);
-        if (!parts || parts->empty()) {
-            return invalidParameter;
-        }
-        return key->mayWrite() ? key->database->writer.deleteTree(key->chain, *parts) : accessDenied;
-    });
+    return key == nullptr ? invalidHandle : key->remove(path, &embedded::Writer::deleteTree);
 }
 
 RegistryResult RegistryKey::readValue(std::string_view name, RegistryValue& value) const {

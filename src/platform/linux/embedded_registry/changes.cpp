@@ -72,13 +72,18 @@ bool Changes::hasChildren(KeyId key) {
     return Run(childIds).bind(key).step();
 }
 
-RegistryResult Changes::deleteKey(const KeyChain& from, const Path& path) {
-    if (!search.sequence(from.back())) {
+/// Leads `chain` down to the key at `path`.
+RegistryResult Changes::find(KeyChain& chain, const Path& path) {
+    if (!search.sequence(chain.back())) {
         return keyDeleted;
     }
+    return search.descend(chain, path) < path.size() ? notFound : success;
+}
+
+RegistryResult Changes::deleteKey(const KeyChain& from, const Path& path) {
     KeyChain chain = from;
-    if (search.descend(chain, path) < path.size()) {
-        return notFound;
+    if (const RegistryResult result = find(chain, path); result != success) {
+        return result;
     }
     const KeyId key = chain.back();
     if (hasChildren(key)) {
@@ -89,12 +94,9 @@ RegistryResult Changes::deleteKey(const KeyChain& from, const Path& path) {
 }
 
 RegistryResult Changes::deleteTree(const KeyChain& from, const Path& path) {
-    if (!search.sequence(from.back())) {
-        return keyDeleted;
-    }
     KeyChain chain = from;
-    if (search.descend(chain, path) < path.size()) {
-        return notFound;
+    if (const RegistryResult result = find(chain, path); result != success) {
+        return result;
     }
     const KeyId key = chain.back();
     chain.pop_back();

@@ -37,6 +37,7 @@ private:
     /// Gives the next sequence number to the key and all above it; 0 if the key is deleted.
     std::int64_t number(const KeyChain& key);
     KeyId addKey(KeyId parent, const Name& name);
+    [[nodiscard]] RegistryResult find(KeyChain& chain, const Path& path);
     [[nodiscard]] std::vector<KeyId> childrenOf(KeyId key);
     [[nodiscard]] bool hasChildren(KeyId key);
     RegistryResult remove(const KeyChain& parent, const Name& name, KeyId key);
