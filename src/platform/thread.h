@@ -10,6 +10,9 @@ namespace korva::platform {
 /// A thread of ours. The library whose code runs on it stays loaded until the thread has left that code, so a
 /// host that unloads the library meanwhile does no harm: the last such thread unloads it.
 ///
+/// A signal that the host's process gets reaches a thread of the host: those of ours block them all, but for
+/// the signals of faults.
+///
 /// Different objects may be used at once, one object by one thread at a time.  [any]
 class Thread {
 public:

@@ -3,6 +3,8 @@
 #include <cxxabi.h>
 #include <dlfcn.h>
 #include <link.h>
+#include <pthread.h>
+#include <signal.h>
 
 #include <cerrno>
 #include <memory>
@@ -55,6 +57,32 @@ void dropWhenThreadEnds(void* library) noexcept {
     abi::__cxa_thread_atexit(drop, library, reinterpret_cast<void*>(&dlclose));
 }
 
+/// While it lives, a thread that is started begins with every signal blocked. Those of faults stay as they
+/// are: the system ends a process whose faulting thread blocks them, past the host's own handler.
+class NoSignals {
+public:
+    NoSignals() noexcept {
+        sigset_t blocked;
+        sigfillset(&blocked);
+        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT}) {
+            sigdelset(&blocked, fault);
+        }
+        pthread_sigmask(SIG_BLOCK, &blocked, &maskBefore);
+    }
+    ~NoSignals() { pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr); }
+    NoSignals(const NoSignals&) = delete;
+    NoSignals& operator=(const NoSignals&) = delete;
+
+private:
+    sigset_t maskBefore{};
+};
+
+/// Gives 0, or why there is no thread.
+int startThread(pthread_t& handle, void* (*entry)(void*), void* argument) noexcept {
+    const NoSignals guard;
+    return pthread_create(&handle, nullptr, entry, argument);
+}
+
 /// `noexcept`: what leaves the entry ends the process.
 void* run(void* argument) noexcept {
     const Start start = *std::unique_ptr<Start>(static_cast<Start*>(argument));
@@ -71,7 +99,7 @@ Thread::Thread(Entry entry, void* argument) {
     auto start = std::make_unique<Start>(Start{entry, argument, nullptr});
     // Taken here: by the time the new thread runs, the library could be gone.
     void* const library = start->library = holdOwnLibrary();
-    if (const int error = pthread_create(&handle, nullptr, run, start.get()); error != 0) {
+    if (const int error = startThread(handle, run, start.get()); error != 0) {
         if (library != nullptr) {
             dlclose(library);
         }

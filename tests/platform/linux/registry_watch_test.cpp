@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <signal.h>
+
 #include <array>
 #include <cstring>
 #include <filesystem>
@@ -60,17 +62,21 @@ std::string threadBeside(const std::set<std::string>& before) {
     return added.empty() ? "" : *added.begin();
 }
 
-/// How often a thread went to sleep by itself.
-std::int64_t sleepsOf(const std::string& thread) {
-    const std::string label = "voluntary_ctxt_switches:";
+/// What the system says of a thread under a label; "0" if it says nothing.
+std::string statusOf(const std::string& thread, const std::string& label) {
     std::ifstream status(thread + "/status");
     for (std::string line; std::getline(status, line);) {
         if (line.starts_with(label)) {
-            return std::stoll(line.substr(label.size()));
+            return line.substr(label.size());
         }
     }
     ADD_FAILURE() << "no thread " << thread;
-    return 0;
+    return "0";
+}
+
+/// How often a thread went to sleep by itself.
+std::int64_t sleepsOf(const std::string& thread) {
+    return std::stoll(statusOf(thread, "voluntary_ctxt_switches:"));
 }
 
 TEST_F(RegistryListener, EndsWithTheLastWatch) {
@@ -177,6 +183,19 @@ TEST_F(RegistryListener, SleepsWhenNothingIsArmed) {
 
     // It may have been awake still, or waiting for its lock. Looks would be eight.
     EXPECT_LE(sleepsOf(listener) - sleepsBefore, 2);
+}
+
+TEST_F(RegistryListener, LeavesTheSignalsOfTheProcessToOtherThreads) {
+    static_cast<void>(test::threadCountAtRest());
+    const auto others = threadsOfProcess();
+    RegistryWatch watch;
+    ASSERT_EQ(watch.arm(key), success);
+
+    const std::uint64_t blocked = std::stoull(statusOf(threadBeside(others), "SigBlk:"), nullptr, 16);
+
+    for (const int signal : {SIGINT, SIGTERM, SIGALRM}) {
+        EXPECT_NE(blocked >> (signal - 1) & 1, 0u) << signal;
+    }
 }
 
 TEST_F(RegistryListener, LosesNoChangeToArmingAndReading) {

@@ -1,6 +1,7 @@
 // Threads that the system refuses.
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <signal.h>
 
 #include <cstddef>
 #include <system_error>
@@ -46,6 +47,9 @@ TEST(ThreadRefusal, IsRaisedAsASystemError) {
         EXPECT_THROW(Thread(setFlag, &ran), std::system_error);
     }
     EXPECT_FALSE(ran);
+    sigset_t blocked;
+    pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    EXPECT_EQ(sigismember(&blocked, SIGINT), 0);
 
     Thread(setFlag, &ran).join();
     EXPECT_TRUE(ran);
