@@ -94,16 +94,7 @@ void append(WideString& text, char32_t character) {
 }
 
 void append(std::string& text, char32_t character) {
-    if (character < 0x80) {
-        text += static_cast<char>(character);
-        return;
-    }
-    const int followers = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
-    const std::uint32_t mark = 0xF00u >> (followers + 1) & 0xFFu;
-    text += static_cast<char>(mark | character >> (6 * followers));
-    for (int i = followers - 1; i >= 0; --i) {
-        text += static_cast<char>(0x80u | (character >> (6 * i) & 0x3Fu));
-    }
+    appendCharacter(text, character);
 }
 
 /// Whether every character of `from` arrived in `to` as it was. If `isExact`, the first that can't ends it.
@@ -143,6 +134,28 @@ std::optional<WideString> exactWide(std::string_view utf8) {
 std::optional<std::string> exactUtf8(WideView wide) {
     std::string utf8;
     return convert(wide, utf8, true) ? std::optional(std::move(utf8)) : std::nullopt;
+}
+
+std::optional<char32_t> takeCharacter(std::string_view& utf8) {
+    const Decoded first = decode(utf8);
+    if (!first.isValid) {
+        return std::nullopt;
+    }
+    utf8.remove_prefix(first.length);
+    return first.character;
+}
+
+void appendCharacter(std::string& utf8, char32_t character) {
+    if (character < 0x80) {
+        utf8 += static_cast<char>(character);
+        return;
+    }
+    const int followers = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+    const std::uint32_t mark = 0xF00u >> (followers + 1) & 0xFFu;
+    utf8 += static_cast<char>(mark | character >> (6 * followers));
+    for (int i = followers - 1; i >= 0; --i) {
+        utf8 += static_cast<char>(0x80u | (character >> (6 * i) & 0x3Fu));
+    }
 }
 
 }  // namespace korva::platform

@@ -20,4 +20,10 @@ using WideView = std::basic_string_view<WCHAR>;
 [[nodiscard]] std::optional<WideString> exactWide(std::string_view utf8);
 [[nodiscard]] std::optional<std::string> exactUtf8(WideView wide);
 
+/// Takes the first character off a text that isn't empty. Nothing, and the text as it was, if it begins with
+/// what is no UTF-8.  [any]
+[[nodiscard]] std::optional<char32_t> takeCharacter(std::string_view& utf8);
+/// Adds a character, which is no surrogate, to the end of a text.  [any]
+void appendCharacter(std::string& utf8, char32_t character);
+
 }  // namespace korva::platform

@@ -53,6 +53,21 @@ TEST(Unicode, ConvertsEveryCharacterBothWays) {
     }
 }
 
+TEST(Unicode, TakesAndAddsEveryCharacter) {
+    for (char32_t c = 0; c <= 0x10FFFF; ++c) {
+        if (c >= 0xD800 && c <= 0xDFFF) {
+            continue;
+        }
+        const std::string both = utf8Of(c) + "z";
+        std::string_view rest = both;
+        ASSERT_EQ(takeCharacter(rest), c);
+        ASSERT_EQ(rest, "z");
+        std::string text = "a";
+        appendCharacter(text, c);
+        ASSERT_EQ(text, "a" + utf8Of(c));
+    }
+}
+
 TEST(Unicode, ConvertsTextsOfAnyMixture) {
     const std::vector<std::pair<std::string, WideString>> alike = {
         {"", {}},
@@ -139,6 +154,9 @@ TEST(Unicode, ReplacesBytesThatAreNoCharacter) {
     for (const auto& [utf8, utf16] : broken) {
         EXPECT_EQ(toWide(utf8), utf16) << testing::PrintToString(utf8);
         EXPECT_EQ(exactWide(utf8), std::nullopt) << testing::PrintToString(utf8);
+        std::string_view rest = utf8;
+        EXPECT_EQ(takeCharacter(rest), std::nullopt) << testing::PrintToString(utf8);
+        EXPECT_EQ(rest, utf8);
         EXPECT_EQ(toWide("a" + utf8 + "\xC3\xA4"), wide({'a'}) + utf16 + wide({0xE4}))
             << testing::PrintToString(utf8);
     }
