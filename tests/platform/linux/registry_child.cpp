@@ -1,10 +1,9 @@
 // A process of its own that uses the registry as its arguments say:
 //     set KEY NAME COUNT [SIZE]   sets the value to the numbers from 0 to COUNT - 1, in SIZE bytes (4), with
-//     a line
-//                                 on standard error for each that is written
+//                                 a line on standard error for each that is written
 //     get KEY NAME                prints the number
 //     watch KEY NAME              says "armed" on standard error, and prints the number after the first
-//     change
+//                                 change
 // KEY is a path below HKEY_LOCAL_MACHINE. The exit code is 0, or 1 after a line with the registry's result.
 #include <array>
 #include <cstdio>
