@@ -4,16 +4,20 @@
 //     get KEY NAME                prints the number
 //     watch KEY NAME              says "armed" on standard error, and prints the number after the first
 //                                 change
+// DISK_ROOM in the environment: the process is killed when it writes more than so many bytes to the registry.
 // KEY is a path below HKEY_LOCAL_MACHINE. The exit code is 0, or 1 after a line with the registry's result.
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/registry.h"
 #include "platform/wait_handles.h"
+#include "tests/platform/linux/faulty_disk.h"
 
 namespace korva::platform {
 namespace {
@@ -66,7 +70,8 @@ int run(const std::vector<std::string>& words) {
     const RegistryKey machine = RegistryKey::root(RegistryRoot::localMachine, &result);
     RegistryKey key;
     if (result == success) {
-        result = machine.open(words.at(2), access, key);
+        result = command == "set" ? machine.create(words.at(2), access, key)
+                                  : machine.open(words.at(2), access, key);
     }
     if (result != success) {
         return fail(result);
@@ -82,5 +87,10 @@ int run(const std::vector<std::string>& words) {
 }  // namespace korva::platform
 
 int main(int count, char** arguments) {
+    using korva::test::FaultyDisk;
+    std::optional<FaultyDisk> disk;
+    if (const char* const room = std::getenv("DISK_ROOM"); room != nullptr) {
+        disk.emplace(FaultyDisk::Fault::killed, std::atoll(room));
+    }
     return korva::platform::run({arguments, arguments + count});
 }

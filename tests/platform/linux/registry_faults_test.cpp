@@ -1,6 +1,5 @@
 // The registry's file where something is wrong with it, or with its place.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <signal.h>
 #include <sys/stat.h>
@@ -19,6 +18,7 @@
 #include <thread>
 
 #include "platform/registry.h"
+#include "tests/platform/linux/raw_file.h"
 #include "tests/support/child_process.h"
 #include "tests/support/own_registry.h"
 
@@ -27,26 +27,7 @@ namespace {
 
 using namespace registry_result;
 namespace files = std::filesystem;
-
-/// A connection that knows nothing of what the file is.
-class RawFile {
-public:
-    explicit RawFile(const std::string& path) {
-        EXPECT_EQ(sqlite3_open(path.c_str(), &connection), SQLITE_OK);
-        sqlite3_busy_timeout(connection, 5000);
-    }
-    ~RawFile() { sqlite3_close(connection); }
-    RawFile(const RawFile&) = delete;
-    RawFile& operator=(const RawFile&) = delete;
-
-    void run(const std::string& sql) const {
-        EXPECT_EQ(sqlite3_exec(connection, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
-            << sqlite3_errmsg(connection);
-    }
-
-private:
-    sqlite3* connection = nullptr;
-};
+using test::RawFile;
 
 std::string contentsOf(const files::path& file) {
     std::ifstream stream(file, std::ios::binary);

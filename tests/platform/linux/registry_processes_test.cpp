@@ -1,6 +1,5 @@
 // The registry between processes.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <signal.h>
 
@@ -16,6 +15,7 @@
 
 #include "platform/registry.h"
 #include "platform/wait_handles.h"
+#include "tests/platform/linux/raw_file.h"
 #include "tests/support/child_process.h"
 #include "tests/support/own_registry.h"
 
@@ -72,21 +72,6 @@ int lastNumber(const std::string& lines) {
     }
     const std::size_t before = end == 0 ? end : lines.rfind('\n', end - 1);
     return std::stoi(lines.substr(before == std::string::npos ? 0 : before + 1));
-}
-
-std::string integrityOfFile() {
-    sqlite3* file = nullptr;
-    std::string answer;
-    sqlite3_open(registryPlace().c_str(), &file);
-    sqlite3_exec(
-        file, "PRAGMA integrity_check",
-        [](void* text, int, char** columns, char**) {
-            *static_cast<std::string*>(text) += columns[0];
-            return 0;
-        },
-        &answer, nullptr);
-    sqlite3_close(file);
-    return answer;
 }
 
 TEST_F(RegistryProcesses, SeeEachOthersWrites) {
@@ -172,7 +157,7 @@ TEST_F(RegistryProcesses, LoseNothingAndMissNothingWhileOneIsKilledAgainAndAgain
     killer.request_stop();
     killer.join();
     EXPECT_GE(killed, 10);
-    EXPECT_EQ(integrityOfFile(), "ok");
+    EXPECT_EQ(test::integrityOf(registryPlace()), "ok");
 }
 
 }  // namespace

@@ -1,10 +1,26 @@
 #include "embedded_registry/reader.h"
 
 #include <mutex>
+#include <utility>
+
+#include "embedded_registry/failure.h"
 
 namespace korva::platform::embedded {
 
 using namespace registry_result;
+
+namespace {
+
+/// Whoever asks for a name may rely on its form, also where the file is damaged.
+std::string nameIn(const Run& row, int column) {
+    const std::string_view name = row.text(column);
+    if (!foldedName(name, longestValueName)) {
+        throw Failure{corrupt};
+    }
+    return std::string(name);
+}
+
+}  // namespace
 
 // The key's own row comes with each answer, and none at all tells that it is deleted.
 Reader::Reader(const std::string& path, Connection::Kind kind)
@@ -69,7 +85,7 @@ RegistryResult Reader::refresh(KeyId key, ValueNames& names) {
     while (run.step()) {
         read.sequence = run.number(0);
         if (!run.isNull(1)) {
-            read.names.emplace_back(run.text(1));
+            read.names.push_back(nameIn(run, 1));
         }
     }
     if (read.sequence < 0) {
@@ -88,7 +104,7 @@ RegistryResult Reader::keyName(KeyId key, std::uint32_t index, std::string& name
     if (run.isNull(0)) {
         return noMoreItems;
     }
-    name = run.text(0);
+    name = nameIn(run, 0);
     return success;
 }
 
