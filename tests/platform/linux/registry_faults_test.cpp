@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -13,6 +15,7 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <set>
 #include <span>
 #include <string>
 #include <thread>
@@ -231,6 +234,72 @@ TEST_F(RegistryFaults, TellThatThereIsNoPlace) {
     EXPECT_EQ(resultOfOpening(), ioFailed);
     setenv("KORVA_REGISTRY", folder().c_str(), 1);
     EXPECT_EQ(resultOfOpening(), ioFailed);
+    const std::string file = folder() / "file";
+    std::ofstream(file) << "text";
+    setenv("KORVA_REGISTRY", (file + "/below").c_str(), 1);
+    EXPECT_EQ(resultOfOpening(), ioFailed);
+}
+
+TEST_F(RegistryFaults, LeaveNothingBesideADevice) {
+    const std::string path = moveToNewPlace();
+    // What the null device is.
+    if (mknod(path.c_str(), S_IFCHR | 0666, makedev(1, 3)) != 0) {
+        GTEST_SKIP() << "no right to make a device";
+    }
+
+    EXPECT_EQ(resultOfOpening(), ioFailed);
+
+    EXPECT_EQ(std::distance(files::directory_iterator(folder()), files::directory_iterator()), 1);
+}
+
+TEST_F(RegistryFaults, TellThatNoMoreFilesMayBeOpen) {
+    moveToNewPlace();
+    ASSERT_EQ(resultOfOpening(), success);
+    const std::string made = registryPlace();
+    setenv("KORVA_REGISTRY", (folder() / "elsewhere").c_str(), 1);
+    ASSERT_EQ(resultOfOpening(), success);
+    setenv("KORVA_REGISTRY", made.c_str(), 1);
+    rlimit usual{};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const rlimit none{.rlim_cur = 0, .rlim_max = usual.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+
+    const RegistryResult result = resultOfOpening();
+
+    setrlimit(RLIMIT_NOFILE, &usual);
+    EXPECT_EQ(result, ioFailed);
+    EXPECT_EQ(resultOfOpening(), success);
+}
+
+TEST_F(RegistryFaults, KeepWhatOnlyTheJournalHasWhenBothAreCopied) {
+    ASSERT_EQ(set(openKey(), 7), success);
+    const std::string original = registryPlace();
+    ASSERT_GT(files::file_size(original + "-wal"), 0u);
+    const std::string path = moveToNewPlace();
+    files::copy_file(original, path);
+    files::copy_file(original + "-wal", path + "-wal");
+
+    EXPECT_EQ(test::run(childThat("get", {"x"})).output, "7\n");
+
+    // Whoever closes it last leaves nothing but the file and the bell.
+    std::set<std::string> left;
+    for (const auto& entry : files::directory_iterator(folder())) {
+        left.insert(entry.path().filename().string());
+    }
+    EXPECT_EQ(left, (std::set<std::string>{"registry", "registry-bell"}));
+}
+
+TEST_F(RegistryFaults, BeginAnewBesideTheJournalOfAFileThatIsGone) {
+    ASSERT_EQ(set(openKey(), 7), success);
+    const std::string original = registryPlace();
+    const std::string path = moveToNewPlace();
+    files::copy_file(original + "-wal", path + "-wal");
+    files::copy_file(original + "-shm", path + "-shm");
+
+    EXPECT_EQ(test::run(childThat("get", {"x"})).output, "2\n");
+
+    EXPECT_EQ(resultOfOpening(), success);
+    EXPECT_EQ(test::integrityOf(path), "ok");
 }
 
 TEST_F(RegistryFaults, BeginAnewWhereTheFileWasDeleted) {

@@ -7,6 +7,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <ctime>
 #include <limits>
 
@@ -15,11 +16,20 @@ namespace {
 
 constexpr std::size_t pageSize = 4096;
 
+/// A signal to the thread may cut it short.
+bool takeRoom(int file) {
+    int error = EINTR;
+    while (error == EINTR) {
+        error = posix_fallocate(file, 0, pageSize);
+    }
+    return error == 0;
+}
+
 /// The file of that path with a page in it; -1 if it can't be had.
 int openPage(const char* path) {
     const int file = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     // A page that the disk has no room for would end the process when it is written to.
-    if (file >= 0 && posix_fallocate(file, 0, pageSize) != 0) {
+    if (file >= 0 && !takeRoom(file)) {
         close(file);
         return -1;
     }

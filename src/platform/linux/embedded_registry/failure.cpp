@@ -17,10 +17,6 @@ bool notAllowed(int systemError) {
     return systemError == EACCES || systemError == EPERM || systemError == EROFS;
 }
 
-RegistryResult resultOfSystemError(int systemError) {
-    return noRoom(systemError) ? diskFull : notAllowed(systemError) ? accessDenied : ioFailed;
-}
-
 /// Whether the last write that failed had no room. The system's error that the connection itself keeps is of
 /// the last call of all, which was to clean up.
 bool hadNoRoom(sqlite3* connection) {
@@ -40,6 +36,10 @@ bool hadNoRoom(sqlite3* connection) {
 
 }  // namespace
 
+RegistryResult resultOfSystemError(int systemError) noexcept {
+    return noRoom(systemError) ? diskFull : notAllowed(systemError) ? accessDenied : ioFailed;
+}
+
 RegistryResult resultOf(sqlite3* connection, int code) noexcept {
     switch (code & 0xFF) {
         case SQLITE_OK:
@@ -48,6 +48,8 @@ RegistryResult resultOf(sqlite3* connection, int code) noexcept {
             return success;
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
+        // The last one: many came and went at once, and the index of the journal never stood still.
+        case SQLITE_PROTOCOL:
             return busy;
         case SQLITE_READONLY:
         case SQLITE_PERM:

@@ -15,6 +15,9 @@ struct Failure {
 /// The result for the last call of `connection`, which gave `code`.  [any]
 [[nodiscard]] RegistryResult resultOf(sqlite3* connection, int code) noexcept;
 
+/// The result for a number of the system's, as calls leave it in `errno`.  [any]
+[[nodiscard]] RegistryResult resultOfSystemError(int systemError) noexcept;
+
 /// Throws unless `code` is SQLITE_OK.
 void require(sqlite3* connection, int code);
 

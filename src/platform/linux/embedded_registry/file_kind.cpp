@@ -43,6 +43,7 @@ public:
         storage.resize(static_cast<std::size_t>(system->szOsFile) / sizeof(std::max_align_t) + 1);
         int flags = 0;
         openCode = system->xOpen(system, name, file(), SQLITE_OPEN_MAIN_DB | SQLITE_OPEN_READONLY, &flags);
+        openError = errno;
     }
     ~PlainFile() {
         if (file()->pMethods != nullptr) {
@@ -53,10 +54,11 @@ public:
     PlainFile(const PlainFile&) = delete;
     PlainFile& operator=(const PlainFile&) = delete;
 
-    /// What is there of the header, the rest zero. Waits for one who is just making the file.
+    /// What is there of the header, the rest zero. Waits for one who is just making the file. Throws
+    /// `Failure` for a file that can't be opened.
     [[nodiscard]] int read(Header& header) {
         if (openCode != SQLITE_OK) {
-            return openCode;
+            throw Failure{resultOfSystemError(openError)};
         }
         const int locked = lock();
         if (locked != SQLITE_OK) {
@@ -84,14 +86,19 @@ private:
     sqlite3_filename name;
     std::vector<std::max_align_t> storage;
     int openCode = SQLITE_OK;
+    int openError = 0;  ///< The system's, if the code is a failure.
 };
 
 bool isEmpty(const std::string& path) {
     struct stat found {};
     if (stat(path.c_str(), &found) != 0) {
-        return errno == ENOENT;
+        if (errno != ENOENT) {
+            throw Failure{resultOfSystemError(errno)};
+        }
+        return true;
     }
-    if (S_ISDIR(found.st_mode)) {
+    // A device may look like an empty file, and would get a journal beside it.
+    if (!S_ISREG(found.st_mode)) {
         throw Failure{registry_result::ioFailed};
     }
     return found.st_size == 0;
@@ -117,7 +124,7 @@ RegistryResult refusalOf(const std::string& path) {
         return registry_result::busy;
     }
     if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ) {
-        return (code & 0xFF) == SQLITE_CANTOPEN ? registry_result::accessDenied : registry_result::ioFailed;
+        return registry_result::ioFailed;
     }
     if (std::string_view(reinterpret_cast<const char*>(header.data()), magic.size()) != magic) {
         // One who made the file may have been ended before it had anything: SQLite puts that right.
