@@ -5,6 +5,7 @@
 #include <signal.h>
 
 #include <array>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -113,6 +114,20 @@ TEST_F(RegistryListener, TellsOfAChangeThatWasNotRung) {
 
     EXPECT_TRUE(isToldWithin(watch, 20'000));
     sqlite3_close(other);
+}
+
+TEST_F(RegistryListener, TellsOfChangesFarSoonerThanByItsSlowLook) {
+    constexpr int changes = 200;
+    RegistryWatch watch;
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < changes; ++i) {
+        ASSERT_EQ(watch.arm(key), success);
+        ASSERT_EQ(write(key, i), success);
+        ASSERT_TRUE(isToldWithin(watch, 20'000));
+        ASSERT_TRUE(watch.take());
+    }
+    // Four looks a second would take 50 s.
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
 }
 
 TEST_F(RegistryListener, TellsOfTheDeletionOfTheKeyItself) {
