@@ -24,14 +24,16 @@ public:
         wasWaiting = sigismember(&waiting, SIGPIPE) == 1;
         pthread_sigmask(SIG_BLOCK, &pipeSignal, &maskBefore);
     }
-    ~NoPipeSignal() {
+    ~NoPipeSignal() { pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr); }
+    NoPipeSignal(const NoPipeSignal&) = delete;
+    NoPipeSignal& operator=(const NoPipeSignal&) = delete;
+
+    /// Takes the signal that a write has brought about. One that somebody else sent is heard in the end.
+    void takeSignal() const noexcept {
         const timespec noTime{};
         while (!wasWaiting && sigtimedwait(&pipeSignal, nullptr, &noTime) < 0 && errno == EINTR) {
         }
-        pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr);
     }
-    NoPipeSignal(const NoPipeSignal&) = delete;
-    NoPipeSignal& operator=(const NoPipeSignal&) = delete;
 
 private:
     sigset_t pipeSignal{};
@@ -59,7 +61,19 @@ public:
     [[nodiscard]] StreamWrite write(std::span<const std::byte> data,
                                     std::span<const WaitHandle> stops) noexcept override {
         const NoPipeSignal guard;
-        std::span rest = data;
+        const int error = putAll(data, stops);
+        if (error == EPIPE) {
+            guard.takeSignal();
+        }
+        if (error != 0) {
+            return {.error = static_cast<std::uint32_t>(error)};
+        }
+        return {.isDone = true, .byteCount = data.size()};
+    }
+
+private:
+    /// Gives 0, or the error that ends it all.
+    int putAll(std::span<const std::byte> rest, std::span<const WaitHandle> stops) const noexcept {
         int error = put(rest);
         // A stop counts only for what the stream still hasn't taken when it is looked at.
         while (error == 0 && !rest.empty()) {
@@ -69,14 +83,10 @@ public:
                 error = stopped;
             }
         }
-        if (error != 0) {
-            return {.error = static_cast<std::uint32_t>(error)};
-        }
-        return {.isDone = true, .byteCount = data.size()};
+        return error;
     }
 
-private:
-    /// Writes what the stream takes at once. Gives 0, or the error that ends it all.
+    /// Writes what the stream takes at once, by the same results.
     int put(std::span<const std::byte>& rest) const noexcept {
         while (!rest.empty()) {
             const ssize_t count = ::write(stream, rest.data(), rest.size());
