@@ -10,6 +10,21 @@
 #include "platform/published/results.h"
 
 namespace korva::params {
+namespace {
+
+/// Counts in `count` while it lives, also when memory runs out meanwhile.
+class Counted {
+public:
+    explicit Counted(std::uint32_t& held) noexcept : count(held) { ++count; }
+    ~Counted() { --count; }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+
+private:
+    std::uint32_t& count;
+};
+
+}  // namespace
 
 ChunkReader::ChunkReader(std::shared_ptr<const PresetChunk> chunkToRead, const GUID& effect)
     : chunk(std::move(chunkToRead)), fxId(effect) {}
@@ -24,9 +39,8 @@ bool ChunkReader::Read(IPropertyStore* store) {
         value->blob.cbSize < 4) {
         return false;
     }
-    ++busy;
+    const Counted reading(busy);
     applyBlob(value->blob);
-    --busy;
     return true;
 }
 

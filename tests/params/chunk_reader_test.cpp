@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "framework/dispatcher.h"
@@ -24,6 +25,11 @@ using test::MemoryPropertyStore;
 using test::sharedBytes;
 
 constexpr GUID effect = {0x8F3540DF, 0x18B0, 0x4943, {0xB9, 0x16, 0xD4, 0xA7, 0x98, 0x01, 0x58, 0x7D}};
+
+void countCalls(void* context, framework::ListenedTo&, framework::ActiveObject&, const void*, void*,
+                const void*, framework::Reason) {
+    ++*static_cast<int*>(context);
+}
 
 /// A reader of a chunk of the third engine's parameters, and a store that it reads from.
 class ChunkReaderTest : public testing::Test {
@@ -152,6 +158,61 @@ TEST_F(ChunkReaderTest, AParameterOfPolicy1TakesItsSliceAndIgnoresIt) {
     EXPECT_FALSE(preset(position + 1).empty());
 }
 
+TEST_F(ChunkReaderTest, TheFirstTwoBytesMeanNothing) {
+    EXPECT_TRUE(readBlob(bytes(0xFF, 0xFF, 0, 0, 7)));
+    EXPECT_EQ(preset(0), sharedBytes(7));
+}
+
+TEST_F(ChunkReaderTest, TheLastOfSeveralEntriesForOnePositionCounts) {
+    EXPECT_TRUE(readBlob(bytes(0, 0, 2, 0, 0, 0, 5, 0, 0, 0, 2, 0, 1, 2, 3)));
+    EXPECT_EQ(preset(0), sharedBytes(1, 2));
+    EXPECT_EQ(preset(1), sharedBytes(3));
+}
+
+TEST_F(ChunkReaderTest, AnEntryPastTheLastParameterIsConsumedAndMeansNothing) {
+    const auto count = static_cast<int>(chunk->parameters.size());
+    EXPECT_TRUE(readBlob(bytes(0, 0, 2, 0, count, 0, 9, 0, 0xFF, 0xFF, 9, 0, 7, 8)));
+    EXPECT_EQ(preset(0), sharedBytes(7));
+    EXPECT_EQ(preset(1), sharedBytes(8));
+}
+
+TEST_F(ChunkReaderTest, AParameterWithoutBytesHasThoseThatAnEntryGivesIt) {
+    std::size_t position = 0;
+    while (chunk->sizes[position] != 0) {
+        ++position;
+    }
+    EXPECT_TRUE(parameter(position).effective.value().empty());
+    std::vector<std::vector<std::byte>> slices;
+    for (const std::uint32_t size : chunk->sizes) {
+        slices.emplace_back(size);
+    }
+    slices[position] = bytes(1, 2, 3);
+    EXPECT_TRUE(readBlob(makePresetBlob(slices, chunk->sizes).value()));
+    EXPECT_EQ(parameter(position).effective.value(), sharedBytes(1, 2, 3));
+}
+
+TEST_F(ChunkReaderTest, AReadOfTheSameBytesTellsNobody) {
+    readBlob(bytes(0, 0, 0, 0, 7, 8));
+    int heard = 0;
+    for (Parameter* const each : chunk->parameters) {
+        each->effective.subscribe(&heard, nullptr, &countCalls);
+    }
+    readBlob(bytes(0, 0, 0, 0, 7, 8));
+    EXPECT_EQ(heard, 0);
+    readBlob(bytes(0, 0, 0, 0, 9, 8));
+    EXPECT_EQ(heard, 1);
+}
+
+TEST_F(ChunkReaderTest, AShortReadStillTellsOfThoseBeforeTheShortage) {
+    int heard = 0;
+    parameter(0).effective.subscribe(&heard, nullptr, &countCalls);
+    parameter(1).effective.subscribe(&heard, nullptr, &countCalls);
+    EXPECT_TRUE(readBlob(bytes(0, 0, 1, 0, 1, 0, 4, 0, 9, 1, 2, 3)));
+    EXPECT_EQ(heard, 1);
+    EXPECT_EQ(preset(0), sharedBytes(9));
+    EXPECT_TRUE(preset(1).empty()) << "3 bytes are left of the 4";
+}
+
 class LastChunkReaderTest : public ChunkReaderTest {
 protected:
     LastChunkReaderTest() : ChunkReaderTest(3) {}
@@ -239,6 +300,42 @@ TEST_F(PostedReadTest, ARequestDuringAReadIsDropped) {
     drain();
     EXPECT_EQ(asker.count, 1);
     EXPECT_EQ(store->readCount, 1U);
+}
+
+void runOutOfMemory(void*, framework::ListenedTo&, framework::ActiveObject&, const void*, void*, const void*,
+                    framework::Reason) {
+    throw std::bad_alloc();
+}
+
+TEST_F(PostedReadTest, AReadThatRunsOutOfMemoryHindersNoOther) {
+    store->putBlob(key, bytes(0, 0, 0, 0, 4));
+    onWorker([&] {
+        first().PresetValue.subscribe(nullptr, nullptr, &runOutOfMemory);
+        EXPECT_THROW(reader->Read(store.get()), std::bad_alloc);
+        reader->RequestRead(store);
+    });
+    drain();
+    EXPECT_EQ(store->readCount, 2U);
+}
+
+TEST_F(PostedReadTest, ARequestWithoutAStoreReadsNothing) {
+    store->putBlob(key, bytes(0, 0, 0, 0, 4));
+    onWorker([&] {
+        reader->RequestRead(store);
+        reader->RequestRead(nullptr);
+    });
+    drain();
+    EXPECT_EQ(store->readCount, 0U) << "it took the other's place";
+}
+
+TEST_F(PostedReadTest, AReaderThatIsGoneReadsNothing) {
+    store->putBlob(key, bytes(0, 0, 0, 0, 4));
+    onWorker([&] {
+        reader->RequestRead(store);
+        reader = nullptr;
+    });
+    onWorker([] {});
+    EXPECT_EQ(store->readCount, 0U);
 }
 
 TEST_F(PostedReadTest, ClosingCancelsTheRequest) {
