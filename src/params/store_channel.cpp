@@ -41,7 +41,7 @@ bool StoreChannel::WriteSome(std::span<const std::byte> data, std::size_t& writt
     const std::lock_guard guard(mutex);
     const platform::StreamWrite write = stream->write(framed(data), stopHandles);
     if (!write.isDone) {
-        error = write.error;
+        remember(write.error);
         return false;
     }
     // The frame byte alone is no progress, and repeating that would have no end.
@@ -50,6 +50,13 @@ bool StoreChannel::WriteSome(std::span<const std::byte> data, std::size_t& writt
     }
     written = write.byteCount - 1;
     return true;
+}
+
+// A write that was stopped as it ended has no number.
+void StoreChannel::remember(std::uint32_t failure) noexcept {
+    if (failure != 0) {
+        error = failure;
+    }
 }
 
 bool StoreChannel::WriteAll(std::span<const std::byte> data) {

@@ -39,6 +39,7 @@ public:
 
 private:
     std::span<const std::byte> framed(std::span<const std::byte> data);
+    void remember(std::uint32_t failure) noexcept;
 
     const std::unique_ptr<platform::StreamWriter> stream;  // a write of its own at a time, under the mutex
     const StopHandles stopHandles;                         // one list after the other

@@ -17,7 +17,7 @@ using StreamHandle = WaitHandle;
 struct StreamWrite {
     bool isDone = false;
     std::size_t byteCount = 0;  ///< That the stream took, if it is done.
-    std::uint32_t error = 0;    ///< A number of the system's, if it isn't.
+    std::uint32_t error = 0;    ///< A number of the system's, if it isn't; 0 if a stop met its end.
 };
 
 /// One at a time may write.

@@ -86,6 +86,15 @@ TEST(StoreChannel, AFailureEndsAWriteAndIsRemembered) {
     EXPECT_EQ(channel->lastError(), 109U) << "a success takes nothing back";
 }
 
+TEST(StoreChannel, AFailureWithoutANumberLeavesTheLastOne) {
+    WriterScript script;
+    script.outcomes = {{.error = 109}, {.error = 0}};
+    const Ref<StoreChannel> channel = channelTo(script);
+    EXPECT_FALSE(channel->WriteAll(bytesOf("abc")));
+    EXPECT_FALSE(channel->WriteAll(bytesOf("abc")));
+    EXPECT_EQ(channel->lastError(), 109U);
+}
+
 TEST(StoreChannel, NothingToWriteIsWritten) {
     WriterScript script;
     EXPECT_TRUE(channelTo(script)->WriteAll({}));
