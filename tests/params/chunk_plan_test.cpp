@@ -69,6 +69,26 @@ TEST(ChunkPlan, CountsParametersBytesAndChunksOfEachLayout) {
     }
 }
 
+// Found by another program, from the same table.
+TEST(ChunkPlan, EachChunkHasItsParametersAndBytes) {
+    using Extents = std::vector<Extent>;
+    EXPECT_EQ(extentsOf(planOf(test::firstEngine)), (Extents{{21, 48},
+                                                             {2, 2051},
+                                                             {1, 2052},
+                                                             {215, 1291},
+                                                             {1, 2050},
+                                                             {1, 2050},
+                                                             {122, 599},
+                                                             {3, 2052},
+                                                             {28, 44},
+                                                             {1, 2052},
+                                                             {1, 2052},
+                                                             {3, 2052},
+                                                             {2, 6}}));
+    EXPECT_EQ(extentsOf(planOf(test::secondEngine)), (Extents{{21, 48}, {2, 2051}, {1, 2052}, {53, 371}}));
+    EXPECT_EQ(extentsOf(planOf(test::thirdEngine)), (Extents{{21, 48}, {2, 2051}, {1, 2052}, {34, 344}}));
+}
+
 TEST(ChunkPlan, NoChunkIsEmptyOrOverItsCapacity) {
     for (const ParamLayout& layout : allLayouts()) {
         for (const Extent& extent : extentsOf(*planChunks(layout))) {
