@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <exception>
 #include <mutex>
 #include <stdexcept>
 #include <utility>
@@ -24,14 +25,21 @@ StoreChannel::StoreChannel(std::unique_ptr<platform::StreamWriter> written, cons
     : stream(std::move(written)), stopHandles(joined(stops, moreStops)) {}
 
 // The buffer stays: messages are many and short.
-std::span<const std::byte> StoreChannel::framed(std::span<const std::byte> data) {
-    const std::size_t length = data.size() + 1;
-    if (length > buffer.size()) {
-        buffer.resize(std::bit_ceil(length));
+bool StoreChannel::makeRoom(std::size_t length) noexcept {
+    try {
+        if (length > buffer.size()) {
+            buffer.resize(std::bit_ceil(length));
+        }
+        return true;
+    } catch (const std::exception&) {
+        return false;
     }
+}
+
+std::span<const std::byte> StoreChannel::framed(std::span<const std::byte> data) noexcept {
     buffer[0] = std::byte{0};
     std::copy(data.begin(), data.end(), buffer.begin() + 1);
-    return std::span(buffer).first(length);
+    return std::span(buffer).first(data.size() + 1);
 }
 
 bool StoreChannel::WriteSome(std::span<const std::byte> data, std::size_t& written) {
@@ -39,6 +47,9 @@ bool StoreChannel::WriteSome(std::span<const std::byte> data, std::size_t& writt
         return false;
     }
     const std::lock_guard guard(mutex);
+    if (!makeRoom(data.size() + 1)) {
+        return false;
+    }
     const platform::StreamWrite write = stream->write(framed(data), stopHandles);
     if (!write.isDone) {
         remember(write.error);

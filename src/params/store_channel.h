@@ -27,18 +27,19 @@ public:
     StoreChannel(std::unique_ptr<platform::StreamWriter> stream, const StopHandles& stops,
                  const StopHandles& moreStops);
 
-    /// One write: false if it failed or was stopped, or if nothing of the data was taken. Else `written` is
-    /// the number of bytes of `data`, which isn't empty, that were.
+    /// One write: false if it failed or was stopped, if nothing of the data was taken, or without memory.
+    /// Else `written` is the number of bytes of `data`, which isn't empty, that were.
     bool WriteSome(std::span<const std::byte> data, std::size_t& written);
 
     /// Writes until all of `data` is taken or a write fails; true at once without data.
     bool WriteAll(std::span<const std::byte> data);
 
-    /// The system's number of what failed last, 0 for nothing so far.
+    /// The system's number of the last write that it failed, 0 for none so far.
     [[nodiscard]] std::uint32_t lastError() const noexcept { return error.load(); }
 
 private:
-    std::span<const std::byte> framed(std::span<const std::byte> data);
+    [[nodiscard]] bool makeRoom(std::size_t length) noexcept;
+    std::span<const std::byte> framed(std::span<const std::byte> data) noexcept;
     void remember(std::uint32_t failure) noexcept;
 
     const std::unique_ptr<platform::StreamWriter> stream;  // a write of its own at a time, under the mutex

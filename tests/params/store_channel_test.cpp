@@ -126,6 +126,18 @@ TEST(StoreChannel, ItsBufferGrowsToAPowerOfTwoAndIsUsedAgain) {
                             [&](const void* place) { return place == script.places[0]; }));
 }
 
+TEST(StoreChannel, DataThatNoMemoryHoldsAreAFailureAndNoMore) {
+    WriterScript script;
+    const Ref<StoreChannel> channel = channelTo(script);
+    const std::byte first{1};
+    const volatile std::size_t tooMany = std::size_t{1} << 62;  // the next power of two is past any vector's
+    std::size_t written = 77;
+    EXPECT_FALSE(channel->WriteSome(std::span(&first, tooMany), written));
+    EXPECT_EQ(written, 77U);
+    EXPECT_TRUE(script.written.empty());
+    EXPECT_TRUE(channel->WriteAll(bytesOf("abc")));
+}
+
 TEST(StoreChannel, BothListsOfStopsAreWaitedFor) {
     const platform::Event a;
     const platform::Event b;
