@@ -25,8 +25,9 @@ struct PlannedParameter {
 /// the base list before all, then by number.
 struct ChunkPlan {
     std::vector<PlannedParameter> parameters;
-    std::uint32_t capacity =
-        0;  ///< Bytes of a chunk at most: the least that gives no more chunks than planned.
+    /// Bytes of a chunk at most: the least that gives no more chunks than one for every 512 bytes, nor splits
+    /// a parameter.
+    std::uint32_t capacity = 0;
     std::uint32_t chunkCount = 0;  ///< Chunks are runs of parameters, one after another.
 };
 

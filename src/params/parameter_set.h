@@ -41,11 +41,11 @@ public:
     [[nodiscard]] const ParamBinding* findBinding(std::uint32_t moduleIndex, std::int32_t paramId) const;
 
 private:
+    friend std::shared_ptr<const ParameterSet> BuildParameterSet(const GUID& engineId);
     friend std::shared_ptr<const ParameterSet> buildParameterSet(const ParamLayout& layout);
 
-    explicit ParameterSet(const ChunkPlan& plan);
     ParameterSet() = default;
-    friend std::shared_ptr<const ParameterSet> BuildParameterSet(const GUID& engineId);
+    explicit ParameterSet(const ChunkPlan& plan);
 
     std::vector<framework::Held<Parameter>> held;
     std::vector<PresetChunk> cut;

@@ -28,8 +28,9 @@ namespace korva::params {
 [[nodiscard]] std::optional<std::span<const std::byte>> takeSlice(std::span<const std::byte>& slices,
                                                                   std::uint32_t size) noexcept;
 
-/// The blob that gives each parameter of a chunk these bytes; an entry appears only where a size differs from
-/// the default one. Nothing if a size that differs, or its position, doesn't fit an entry's 16 bits.  [any]
+/// The blob that gives each parameter of a chunk these bytes, with a default size for each; an entry appears
+/// only where a size differs from it. Nothing if a size that differs, or its position, doesn't fit an entry's
+/// 16 bits.  [any]
 [[nodiscard]] std::optional<std::vector<std::byte>> makePresetBlob(
     std::span<const std::vector<std::byte>> slices, std::span<const std::uint32_t> defaultSizes);
 
