@@ -1,6 +1,7 @@
 # Property keys and values, the store over a registry key, and the channel that tells its peer.
 set(store_tests
     channel_messages_test.cpp
+    effect_keys_test.cpp
     fx_property_store_test.cpp
     fx_property_store_threads_test.cpp
     multi_string_test.cpp
