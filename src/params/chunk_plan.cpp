@@ -40,14 +40,14 @@ auto applyOrder(const PlannedParameter& parameter) {
 }
 
 /// Whether chunks of `capacity` bytes are at most `target`.
-bool fits(const std::vector<PlannedParameter>& parameters, std::uint32_t capacity, std::uint32_t target) {
+bool fits(std::span<const std::uint32_t> sizes, std::uint32_t capacity, std::uint32_t target) noexcept {
     std::uint32_t count = 1;
     std::uint32_t run = 0;
-    for (const PlannedParameter& parameter : parameters) {
-        run += parameter.size;
+    for (const std::uint32_t size : sizes) {
+        run += size;
         if (run > capacity) {
             ++count;
-            run = parameter.size;
+            run = size;
         }
         if (count > target) {
             return false;
@@ -56,25 +56,13 @@ bool fits(const std::vector<PlannedParameter>& parameters, std::uint32_t capacit
     return true;
 }
 
-std::uint32_t leastCapacity(const std::vector<PlannedParameter>& parameters) {
-    std::uint32_t total = 0;
-    std::uint32_t largest = 0;
+std::vector<std::uint32_t> sizesOf(const std::vector<PlannedParameter>& parameters) {
+    std::vector<std::uint32_t> sizes;
+    sizes.reserve(parameters.size());
     for (const PlannedParameter& parameter : parameters) {
-        total += parameter.size;
-        largest = std::max(largest, parameter.size);
+        sizes.push_back(parameter.size);
     }
-    const std::uint32_t target = std::max((total + targetBytes - 1) / targetBytes, 1U);
-    std::uint32_t low = largest;
-    std::uint32_t high = total;
-    while (low < high) {
-        const std::uint32_t middle = low + (high - low) / 2;
-        if (fits(parameters, middle, target)) {
-            high = middle;
-        } else {
-            low = middle + 1;
-        }
-    }
-    return low;
+    return sizes;
 }
 
 void cut(ChunkPlan& plan) {
@@ -103,13 +91,34 @@ void cut(ChunkPlan& plan) {
 
 }  // namespace
 
+std::uint32_t leastCapacity(std::span<const std::uint32_t> sizes) noexcept {
+    std::uint32_t total = 0;
+    std::uint32_t largest = 0;
+    for (const std::uint32_t size : sizes) {
+        total += size;
+        largest = std::max(largest, size);
+    }
+    const std::uint32_t target = std::max((total + targetBytes - 1) / targetBytes, 1U);
+    std::uint32_t low = largest;
+    std::uint32_t high = total;
+    while (low < high) {
+        const std::uint32_t middle = low + (high - low) / 2;
+        if (fits(sizes, middle, target)) {
+            high = middle;
+        } else {
+            low = middle + 1;
+        }
+    }
+    return low;
+}
+
 std::optional<ChunkPlan> planChunks(const ParamLayout& layout) {
     ChunkPlan plan;
     if (!addAll(plan, layout)) {
         return std::nullopt;
     }
     std::ranges::sort(plan.parameters, {}, applyOrder);
-    plan.capacity = leastCapacity(plan.parameters);
+    plan.capacity = leastCapacity(sizesOf(plan.parameters));
     cut(plan);
     return plan;
 }

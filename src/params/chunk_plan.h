@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "params/catalogue.h"
@@ -25,13 +26,16 @@ struct PlannedParameter {
 /// the base list before all, then by number.
 struct ChunkPlan {
     std::vector<PlannedParameter> parameters;
-    /// Bytes of a chunk at most: the least that gives no more chunks than one for every 512 bytes, nor splits
-    /// a parameter.
-    std::uint32_t capacity = 0;
+    std::uint32_t capacity = 0;    ///< Bytes of a chunk at most.
     std::uint32_t chunkCount = 0;  ///< Chunks are runs of parameters, one after another.
 };
 
-/// Nothing if a descriptor has a field of an unknown type. A pure function of the layout.  [any]
+/// The least number of bytes in a chunk by which parameters of these sizes, in this order, come to no more
+/// chunks than one for every 512 bytes begun; none of them is parted.  [any]
+[[nodiscard]] std::uint32_t leastCapacity(std::span<const std::uint32_t> sizes) noexcept;
+
+/// Cuts by the least capacity. Nothing if a descriptor has a field of an unknown type. A pure function of the
+/// layout.  [any]
 [[nodiscard]] std::optional<ChunkPlan> planChunks(const ParamLayout& layout);
 
 }  // namespace korva::params

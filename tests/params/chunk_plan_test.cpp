@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <map>
+#include <random>
 #include <tuple>
 #include <vector>
 
@@ -156,34 +157,61 @@ TEST(ChunkPlan, TheParameterThatOpensAChunkIsBoundToTheOneBefore) {
     EXPECT_EQ(third.boundOffset, 1U);
 }
 
-TEST(ChunkPlan, TheCapacityIsTheLeastThatGivesTheTargetedChunks) {
-    // Three parameters of 600 bytes: 1,800 bytes are to give four chunks, so the largest parameter bounds it.
-    static constexpr ParamField block{ParamFieldType::Bytes, 600, 1, 600};
-    constexpr ParamDescriptor descriptors[] = {
-        {0, 1, 0, 0, 9, 1, &block}, {1, 2, 0, 0, 9, 1, &block}, {2, 3, 0, 0, 9, 1, &block}};
-    const ParamModuleRecord module{GUID{}, ParamDescriptorList(descriptors), 0};
-    const ChunkPlan plan = *planChunks(ParamLayout(GUID{}, std::span(&module, 1)));
-    std::uint32_t total = 0;
-    for (const PlannedParameter& parameter : plan.parameters) {
-        total += parameter.size;
-    }
-    const std::uint32_t target = (total + 511) / 512;
-    const auto chunksAt = [&](std::uint32_t capacity) {
-        std::uint32_t chunks = 1;
-        std::uint32_t run = 0;
-        for (const PlannedParameter& parameter : plan.parameters) {
-            run += parameter.size;
-            if (run > capacity) {
-                ++chunks;
-                run = parameter.size;
-            }
+using Sizes = std::vector<std::uint32_t>;
+
+TEST(LeastCapacity, IsAllBytesOfWhatOneChunkIsMeantFor) {
+    EXPECT_EQ(leastCapacity(Sizes{}), 0U);
+    EXPECT_EQ(leastCapacity(Sizes{0, 0}), 0U);
+    EXPECT_EQ(leastCapacity(Sizes{1}), 1U);
+    EXPECT_EQ(leastCapacity(Sizes{500, 4, 8}), 512U);
+}
+
+TEST(LeastCapacity, OneByteMoreThanAChunkIsMeantForMakesTwo) {
+    EXPECT_EQ(leastCapacity(Sizes{500, 4, 9}), 500U);
+    EXPECT_EQ(leastCapacity(Sizes{4, 500, 9}), 504U) << "the two first stand together";
+}
+
+TEST(LeastCapacity, ALargeParameterIsNotParted) {
+    EXPECT_EQ(leastCapacity(Sizes{1, 2052, 1}), 2052U);
+}
+
+TEST(LeastCapacity, GrowsUntilTheChunksAreFewEnough) {
+    // 900 bytes are meant for two chunks, of which one takes two parameters.
+    EXPECT_EQ(leastCapacity(Sizes{300, 300, 300}), 600U);
+    EXPECT_EQ(leastCapacity(Sizes{300, 300, 300, 300}), 600U);
+}
+
+std::uint32_t chunksAt(const Sizes& sizes, std::uint32_t capacity) {
+    std::uint32_t chunks = 1;
+    std::uint32_t bytes = 0;
+    for (const std::uint32_t size : sizes) {
+        if (bytes + size > capacity) {
+            ++chunks;
+            bytes = 0;
         }
-        return chunks;
-    };
-    EXPECT_EQ(plan.chunkCount, chunksAt(plan.capacity));
-    EXPECT_LE(chunksAt(plan.capacity), target);
-    EXPECT_GE(plan.capacity, 2052U);
-    EXPECT_TRUE(plan.capacity == 2052U || chunksAt(plan.capacity - 1) > target);
+        bytes += size;
+    }
+    return chunks;
+}
+
+TEST(LeastCapacity, IsWhatTryingOneAfterAnotherFinds) {
+    constexpr std::uint32_t seed = 20;
+    std::mt19937 random(seed);
+    for (int round = 0; round < 500; ++round) {
+        Sizes sizes(1 + random() % 20);
+        std::uint32_t total = 0;
+        std::uint32_t capacity = 0;
+        for (std::uint32_t& size : sizes) {
+            size = static_cast<std::uint32_t>(random() % 400);
+            total += size;
+            capacity = std::max(capacity, size);
+        }
+        const std::uint32_t target = std::max((total + 511) / 512, 1U);
+        while (chunksAt(sizes, capacity) > target) {
+            ++capacity;
+        }
+        ASSERT_EQ(leastCapacity(sizes), capacity) << "seed " << seed << ", round " << round;
+    }
 }
 
 TEST(ChunkPlan, AFieldOfAnUnknownTypeDropsThePlan) {
