@@ -4,9 +4,11 @@
 
 #include <cstdint>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "framework/class_info.h"
+#include "framework/dispatcher.h"
 #include "tests/support/byte_list.h"
 
 namespace korva::params {
@@ -123,6 +125,28 @@ TEST(Parameter, EffectiveDoesNotWaitForTheLayersPublication) {
     parameter->PresetValue.subscribe(&look, &lookAtEffective, nullptr);
     parameter->PresetValue.set(sharedBytes(9));
     EXPECT_EQ(look.effective, sharedBytes(9));
+}
+
+void noteThread(void* context, framework::ListenedTo&, framework::ActiveObject&, const void*, void*,
+                const void*, framework::Reason) {
+    *static_cast<std::thread::id*>(context) = std::this_thread::get_id();
+}
+
+TEST(Parameter, ALayerThatAnotherThreadSetsIsMergedOnTheOwners) {
+    const framework::DispatcherUse worker =
+        framework::Dispatcher::start(framework::RootType::of<Parameter>());
+    Ref<Parameter> parameter;
+    std::thread::id owner;
+    std::thread::id listening;
+    worker->runSynchronously([&] {
+        owner = std::this_thread::get_id();
+        parameter = parameterOf(0);
+        parameter->effective.subscribe(&listening, nullptr, &noteThread);
+    });
+    parameter->OverrideTop.set(sharedBytes(4));
+    EXPECT_EQ(parameter->effective.read(), sharedBytes(4));
+    EXPECT_EQ(listening, owner);
+    worker->runSynchronously([&] { parameter = nullptr; });
 }
 
 TEST(Parameter, OneByteIsABool) {
