@@ -44,6 +44,7 @@ inline constexpr RegistryResult corrupt = 1015;          ///< The file is damage
 inline constexpr RegistryResult ioFailed = 1016;         ///< The file can't be read or written.
 inline constexpr RegistryResult notRegistryFile = 1017;  ///< The file is something else; it is left alone.
 inline constexpr RegistryResult keyDeleted = 1018;       ///< The open key was deleted.
+inline constexpr RegistryResult cancelled = 1223;        ///< The caller wants no more of it.
 inline constexpr RegistryResult newerFile = 1306;        ///< A newer version made the file; it is left alone.
 inline constexpr RegistryResult wrongType = 1630;        ///< A value of another type.
 }  // namespace registry_result
@@ -157,9 +158,11 @@ struct RegistryChange {
 /// Makes all the changes in their order, or none. To delete what isn't there is no fault; a key that points
 /// elsewhere is refused, unless it is deleted itself. An embedded registry shows them to others all together;
 /// the system's shows one after the other, and keeps those before one that fails. `failedIndex` then tells
-/// which one failed.  [any, blocks]
+/// which one failed. `isCancelled`, if there is one, is asked before each: once it says so that one fails
+/// with 1223.  [any, blocks]
 [[nodiscard]] RegistryResult applyRegistryChanges(std::span<const RegistryChange> changes,
-                                                  std::size_t* failedIndex = nullptr);
+                                                  std::size_t* failedIndex = nullptr,
+                                                  bool (*isCancelled)() = nullptr);
 
 /// Tells when values change. Signalled by the first change after `arm`, and not again before the next `arm`.
 /// A change before a key is first armed is not told of, one between a signal and the next `arm` need not be:

@@ -136,6 +136,21 @@ TEST_F(RegistryChangesTest, TellWhichOneFailedAndMakeNoneAfterIt) {
     }
 }
 
+TEST_F(RegistryChangesTest, EndBeforeTheOneAtWhichTheyAreCancelled) {
+    static int asked = 0;
+    asked = 0;
+    const std::vector<RegistryChange> changes = {change(Kind::createKey, "a"), change(Kind::createKey, "b"),
+                                                 change(Kind::createKey, "c")};
+    std::size_t failedIndex = 99;
+    EXPECT_EQ(applyRegistryChanges(changes, &failedIndex, [] { return ++asked == 2; }), cancelled);
+    EXPECT_EQ(failedIndex, 1u);
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(openResult("b"), notFound);
+    EXPECT_EQ(openResult("c"), notFound);
+    EXPECT_EQ(applyRegistryChanges(changes, &failedIndex, [] { return false; }), success);
+    EXPECT_EQ(openResult("c"), success);
+}
+
 TEST_F(RegistryChangesTest, NeverDeleteARoot) {
     const std::vector<RegistryChange> changes = {{.kind = Kind::deleteTree, .path = ""}};
     EXPECT_EQ(applyRegistryChanges(changes), invalidParameter);

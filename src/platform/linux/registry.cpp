@@ -220,9 +220,11 @@ std::uintptr_t RegistryKey::handle() const noexcept {
     return key == nullptr ? 0 : key->handle;
 }
 
-RegistryResult applyRegistryChanges(std::span<const RegistryChange> changes, std::size_t* failedIndex) {
+RegistryResult applyRegistryChanges(std::span<const RegistryChange> changes, std::size_t* failedIndex,
+                                    bool (*isCancelled)()) {
     std::size_t index = 0;
-    const RegistryResult result = answer([&] { return Database::current()->writer.apply(changes, index); });
+    const RegistryResult result =
+        answer([&] { return Database::current()->writer.apply(changes, isCancelled, index); });
     if (result != success && failedIndex != nullptr) {
         *failedIndex = index;
     }

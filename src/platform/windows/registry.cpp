@@ -331,9 +331,11 @@ bool deletes(const RegistryChange& change) {
 
 }  // namespace
 
-RegistryResult applyRegistryChanges(std::span<const RegistryChange> changes, std::size_t* failedIndex) {
+RegistryResult applyRegistryChanges(std::span<const RegistryChange> changes, std::size_t* failedIndex,
+                                    bool (*isCancelled)()) {
     for (std::size_t i = 0; i < changes.size(); ++i) {
-        const Result failed = applyChange(changes[i]);
+        const bool isOver = isCancelled != nullptr && isCancelled();
+        const Result failed = isOver ? result::cancelled : applyChange(changes[i]);
         if (failed == result::success || (failed == result::notFound && deletes(changes[i]))) {
             continue;
         }

@@ -64,9 +64,13 @@ RegistryResult Writer::deleteValue(const KeyChain& key, std::string_view folded)
     return transact([&] { return changes.deleteValue(key, folded); });
 }
 
-RegistryResult Writer::apply(std::span<const RegistryChange> all, std::size_t& failedIndex) {
+RegistryResult Writer::apply(std::span<const RegistryChange> all, bool (*isCancelled)(),
+                             std::size_t& failedIndex) {
     return transact([&] {
         for (failedIndex = 0; failedIndex < all.size(); ++failedIndex) {
+            if (isCancelled != nullptr && isCancelled()) {
+                return cancelled;
+            }
             if (const RegistryResult result = applyOne(all[failedIndex]); result != success) {
                 return result;
             }

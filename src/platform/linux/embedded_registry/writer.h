@@ -29,7 +29,8 @@ public:
     [[nodiscard]] RegistryResult setValue(const KeyChain& key, std::string_view name, std::string_view folded,
                                           std::uint32_t type, std::span<const std::byte> data);
     [[nodiscard]] RegistryResult deleteValue(const KeyChain& key, std::string_view folded);
-    [[nodiscard]] RegistryResult apply(std::span<const RegistryChange> changes, std::size_t& failedIndex);
+    [[nodiscard]] RegistryResult apply(std::span<const RegistryChange> changes, bool (*isCancelled)(),
+                                       std::size_t& failedIndex);
 
     /// Brings what was written to the disk, if the key isn't deleted.
     [[nodiscard]] RegistryResult flush(KeyId key);
