@@ -82,7 +82,14 @@ TEST_F(PresetCheck, AFileThatCannotBeReadIsAnError) {
 
 TEST_F(PresetCheck, AFileLargerThanAnyPresetIsAnError) {
     std::filesystem::resize_file(file("{"), (std::uintmax_t{64} << 20) + 1);
-    EXPECT_TRUE(failedWith(preset({"check", path("preset.json")}), {"larger than a preset can be"}));
+    EXPECT_TRUE(failedWith(preset({"check", path("preset.json")}), {"larger than 64 MiB"}));
+}
+
+TEST_F(PresetCheck, ADeviceWithoutEndIsAnErrorAndIsWrittenNowhere) {
+    Launch launch = presetLaunch({"check", "/dev/zero"});
+    launch.fileSizeLimit = 1 << 20;
+    EXPECT_TRUE(failedWith(run(launch), {"/dev/zero", "larger than 64 MiB"}));
+    EXPECT_EQ(namesIn(temporaryFolder), std::vector<std::string>{});
 }
 
 TEST_F(PresetCheck, StandardInputIsReadForADash) {
@@ -91,8 +98,10 @@ TEST_F(PresetCheck, StandardInputIsReadForADash) {
     const Outcome outcome = run(launch);
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_TRUE(outcome.output.starts_with("standard input: engine ")) << outcome.output;
-    launch.input = "";
+    launch.input = "[]";
     EXPECT_EQ(run(launch).exitCode, 1);
+    launch.input = "";
+    EXPECT_TRUE(failedWith(run(launch), {"standard input", "it is empty"}));
 }
 
 TEST_F(PresetCheck, NoRegistryIsMade) {

@@ -1,4 +1,7 @@
+#include <csignal>
+
 #include "tests/cli/registry_tool_test.h"
+#include "tests/support/wait_until.h"
 
 namespace korva::test {
 namespace {
@@ -60,7 +63,8 @@ TEST_F(RegistryTransfer, ExportsAndImportsARoot) {
 TEST_F(RegistryTransfer, ImportsFromStandardInput) {
     EXPECT_TRUE(succeededQuietly(registryReading(head + "[" + key + "]\n\"n\"=\"x\"\n", {"import", "-"})));
     EXPECT_EQ(output({"get", key, "n"}), "x\n");
-    EXPECT_TRUE(failedWith(registryReading("", {"import", "-"}), {"standard input:1: expected 'Windows"}));
+    EXPECT_TRUE(failedWith(registryReading("", {"import", "-"}), {"standard input", "it is empty"}));
+    EXPECT_TRUE(failedWith(registryReading("\n", {"import", "-"}), {"standard input:1: expected 'Windows"}));
 }
 
 TEST_F(RegistryTransfer, DeletesWhatATextSays) {
@@ -103,6 +107,34 @@ TEST_F(RegistryTransfer, RefusesWhatIsNoReadableFile) {
     std::filesystem::permissions(path("a.reg"), std::filesystem::perms::none);
     launch.obeysPermissions = true;
     EXPECT_TRUE(failedWith(run(launch), {"a.reg", "Permission denied"}));
+}
+
+TEST_F(RegistryTransfer, RefusesWhatHasNoEndWithoutWritingItAnywhere) {
+    Launch launch = registryLaunch({"import", "/dev/zero"});
+    launch.fileSizeLimit = 1 << 20;
+    EXPECT_TRUE(failedWith(run(launch), {"/dev/zero", "larger than 128 MiB"}));
+    EXPECT_EQ(namesIn(temporaryFolder), std::vector<std::string>{});
+}
+
+TEST_F(RegistryTransfer, CtrlCInTheMiddleOfAnImportLeavesTheRegistryAsItWas) {
+    quietly({"create", "HKLM\\Before"});
+    std::string text = head + "[" + key + "]\r\n";
+    for (int i = 0; i < 300'000; ++i) {
+        text += "\"n" + std::to_string(i) + "\"=dword:1\r\n";
+    }
+    writeBytes(path("a.reg"), text);
+    ChildProcess import(registryLaunch({"import", path("a.reg")}));
+    // The journal takes what has become too much for memory, long before all is there.
+    EXPECT_TRUE(waitUntil([&] {
+        std::error_code missing;
+        const auto size = std::filesystem::file_size(registryPath() + "-wal", missing);
+        return !missing && size > 1 << 20;
+    }));
+    import.send(SIGINT);
+    const Outcome outcome = import.wait();
+    EXPECT_EQ(outcome.exitCode, 128 + SIGINT);
+    EXPECT_EQ(outcome.error, "korva: error: interrupted\n");
+    EXPECT_EQ(output({"list", "HKLM"}), "HKEY_LOCAL_MACHINE\n  Before\\\n");
 }
 
 TEST_F(RegistryTransfer, AFileNameWithALineBreakLeavesTheErrorOneLine) {

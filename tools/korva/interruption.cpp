@@ -76,8 +76,12 @@ void catchInterruptions() {
     signal(SIGXFSZ, SIG_IGN);
 }
 
+bool isInterrupted() {
+    return raisedSignal != 0;
+}
+
 void throwIfInterrupted() {
-    if (raisedSignal != 0) {
+    if (isInterrupted()) {
         throw Interrupted{raisedSignal};
     }
 }

@@ -9,7 +9,8 @@ enum class Direction { read, write };
 /// closed pipe, or past a limit on a file's size, becomes an error of that write.
 void catchInterruptions();
 
-/// Throws `Interrupted` once one of those signals has come.
+/// Whether one of those signals has come; and throws `Interrupted` then.
+[[nodiscard]] bool isInterrupted();
 void throwIfInterrupted();
 
 /// Waits until `descriptor` can be read or written, or is at its end or broken. Throws `Interrupted` if a

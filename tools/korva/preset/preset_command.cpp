@@ -3,12 +3,12 @@
 #include "korva/errors.h"
 #include "korva/json.h"
 #include "korva/preset/effect_class.h"
-#include "korva/preset/preset_file.h"
 #include "korva/preset/preset_properties.h"
 #include "korva/preset/preset_text.h"
 #include "korva/preset/stored_preset.h"
 #include "korva/registry/registry_errors.h"
 #include "korva/standard_streams.h"
+#include "korva/whole_file.h"
 #include "params/property_key.h"
 #include "params/property_set_path.h"
 
@@ -16,6 +16,9 @@ namespace korva::tool {
 namespace {
 
 using platform::RegistryKey;
+
+/// The largest engine's parameters with the most bytes each, as digits, are less.
+constexpr std::size_t maxPresetBytes = std::size_t{64} << 20;
 
 /// File names may be any bytes; those that are no text are replaced.
 std::string lineOf(const Json& json) {
@@ -94,23 +97,22 @@ std::string checkJson(const std::string& name, const ReadPreset& read) {
 }
 
 Preset presetOfFile(const PresetOptions& options) {
-    ReadPreset read = readPresetText(readPresetFile(options.file));
+    ReadPreset read = readPresetText(readWholeFile(options.file, maxPresetBytes));
     if (!read.preset) {
-        fail("{}", faultText(presetFileName(options.file), read.faults.front()));
+        fail("{}", faultText(inputName(options.file), read.faults.front()));
     }
     return std::move(*read.preset);
 }
 
 void printInstalled(const PresetOptions& options, const Preset& preset) {
     if (options.json) {
-        Json json = {{"file", presetFileName(options.file)},
-                     {"endpoint", options.endpoint},
-                     {"effect", options.effect}};
+        Json json = {
+            {"file", inputName(options.file)}, {"endpoint", options.endpoint}, {"effect", options.effect}};
         addSummary(json, preset);
         printOutput(lineOf(json));
     } else if (!options.quiet) {
         printOutput(fmt::format("Installed {} as the {} preset of {}: {}\n",
-                                asOneLine(presetFileName(options.file)), options.effect,
+                                asOneLine(inputName(options.file)), options.effect,
                                 asOneLine(options.endpoint), summaryText(preset)));
     }
 }
@@ -135,8 +137,8 @@ RegistryKey openSet(const PresetOptions& options, const std::string& path) {
 }  // namespace
 
 int runPresetCheck(const PresetOptions& options) {
-    const ReadPreset read = readPresetText(readPresetFile(options.file));
-    const std::string name = presetFileName(options.file);
+    const ReadPreset read = readPresetText(readWholeFile(options.file, maxPresetBytes));
+    const std::string name = inputName(options.file);
     printOutput(options.json ? checkJson(name, read) : checkText(name, read));
     return read.preset ? 0 : 1;
 }

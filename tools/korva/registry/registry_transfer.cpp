@@ -1,21 +1,16 @@
 // Import and export of .reg text.
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
 #include <cstddef>
-#include <optional>
 #include <span>
-#include <string_view>
+#include <string>
 
 #include "korva/errors.h"
-#include "korva/input_file.h"
 #include "korva/interruption.h"
 #include "korva/registry/key_access.h"
 #include "korva/registry/reg_text.h"
 #include "korva/registry/registry_commands.h"
 #include "korva/registry/registry_errors.h"
 #include "korva/standard_streams.h"
+#include "korva/whole_file.h"
 
 namespace korva::tool {
 namespace {
@@ -23,35 +18,6 @@ namespace {
 using platform::RegistryChange;
 using platform::RegistryResult;
 namespace result = platform::registry_result;
-
-constexpr std::string_view standardInput = "-";
-
-/// The rest of what `source` has. Stops early when that is too much for any .reg text.
-std::vector<std::byte> readRest(int source, const std::string& name) {
-    std::vector<std::byte> bytes;
-    std::array<std::byte, 1 << 16> block;
-    while (bytes.size() <= maxRegTextBytes) {
-        waitUntilReady(source, Direction::read);
-        const ssize_t count = read(source, block.data(), block.size());
-        if (count == 0) {
-            break;
-        }
-        if (count > 0) {
-            bytes.insert(bytes.end(), block.begin(), block.begin() + count);
-        } else if (errno != EINTR && errno != EAGAIN) {
-            fail("cannot read '{}': {}", name, systemMessage(errno));
-        }
-    }
-    return bytes;
-}
-
-std::vector<std::byte> readWhole(const std::string& path) {
-    if (path == standardInput) {
-        return readRest(STDIN_FILENO, "standard input");
-    }
-    const InputFile file(path);
-    return readRest(file.descriptor(), path);
-}
 
 RegText textOf(const std::string& name, std::span<const std::byte> bytes) {
     try {
@@ -68,7 +34,10 @@ bool isFaultOfText(RegistryResult code) {
 
 void applyText(const std::string& name, const RegText& text) {
     std::size_t failed = text.changes.size();
-    const RegistryResult code = platform::applyRegistryChanges(text.changes, &failed);
+    const RegistryResult code = platform::applyRegistryChanges(text.changes, &failed, &isInterrupted);
+    if (code == result::cancelled) {
+        throwIfInterrupted();
+    }
     if (code != result::success && isFaultOfText(code) && failed < text.lines.size()) {
         fail("{}:{}: {}", name, text.lines[failed], registryMessage(code));
     }
@@ -90,8 +59,9 @@ void addKey(std::vector<RegistryChange>& changes, const KeyPlace& place, const K
 }  // namespace
 
 void runRegistryImport(const RegistryOptions& options) {
-    const std::string name = options.file == standardInput ? "standard input" : options.file;
-    applyText(name, textOf(name, readWhole(options.file)));
+    const std::string name = inputName(options.file);
+    const std::string bytes = readWholeFile(options.file, maxRegTextBytes);
+    applyText(name, textOf(name, std::as_bytes(std::span(bytes))));
 }
 
 void runRegistryExport(const RegistryOptions& options) {
