@@ -293,6 +293,17 @@ TEST(PresetText, DeepNestingIsAFaultAndNotACrash) {
               Faults{"p.json: a.a.a.a.a.a.a.a.a.a.a.a.a.a.a: nested deeper than 16 levels"});
 }
 
+TEST(PresetText, MoreValuesThanAnyPresetHasAreAFaultAndDoNotFillTheMemory) {
+    std::string zeros = "[0";
+    for (std::size_t i = 2; i < maxJsonValues; ++i) {
+        zeros += ",0";
+    }
+    EXPECT_EQ(faultsOf(zeros + "]"), Faults{"p.json: expected an object, got an array"});
+    for (const char* const oneMore : {",0]", ",[]]", ",{}]"}) {
+        EXPECT_EQ(faultsOf(zeros + oneMore), Faults{"p.json: more than 300000 values in all"}) << oneMore;
+    }
+}
+
 TEST(PresetText, ManyKeysTakeTheTimeOfFew) {
     std::string text = "{";
     for (int i = 0; i < 200'000; ++i) {

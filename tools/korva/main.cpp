@@ -22,7 +22,7 @@ int main(int argumentCount, char** arguments) {
         printError("interrupted");
         return endedBySignal + interrupted.signal;
     } catch (const std::bad_alloc&) {
-        printError("out of memory; a smaller --buffer needs less");
+        printError("out of memory");
     } catch (const std::exception& error) {
         printError(error.what());
     }

@@ -92,7 +92,12 @@ private:
         std::unordered_set<std::string> keys{};  ///< Of an object, so far.
     };
 
+    /// Nothing if there are too many.
     JsonValue* add(JsonValue value) {
+        if (++values > maxJsonValues) {
+            faults.push_back({{}, fmt::format("more than {} values in all", maxJsonValues)});
+            return nullptr;
+        }
         if (path.empty()) {
             root = std::move(value);
             return &root;
@@ -111,7 +116,11 @@ private:
             return false;
         }
         // What is open grows only at its end, which waits for this one: the pointer stays good.
-        path.push_back({add(std::move(value))});
+        JsonValue* const opened = add(std::move(value));
+        if (opened == nullptr) {
+            return false;
+        }
+        path.push_back({opened});
         return true;
     }
     bool close() {
@@ -138,6 +147,7 @@ private:
     std::vector<TextFault>& faults;
     JsonValue root;
     std::vector<Open> path;  ///< What is open, from the root on.
+    std::size_t values = 0;
 };
 
 struct Wording {

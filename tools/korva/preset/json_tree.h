@@ -39,8 +39,12 @@ struct TextFault {
 /// Arrays and objects in one another at most.
 inline constexpr std::size_t maxJsonDepth = 16;
 
-/// Nothing if the text isn't JSON, or too deep; then the last of the faults says why. A key that appears
-/// twice in an object is a fault of the tree, whose first value counts. A UTF-8 byte order mark is allowed.
+/// Values at most, those of all arrays and objects together: several times what a preset can have.
+inline constexpr std::size_t maxJsonValues = 300'000;
+
+/// Nothing if the text isn't JSON, too deep or too much; then the last of the faults says why. A key that
+/// appears twice in an object is a fault of the tree, whose first value counts. A UTF-8 byte order mark is
+/// allowed.
 [[nodiscard]] std::optional<JsonValue> parseJson(std::string_view text, std::vector<TextFault>& faults);
 
 /// What a value is, for messages: "text", "5", "an array".
