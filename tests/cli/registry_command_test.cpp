@@ -139,6 +139,28 @@ TEST_F(RegistryCommand, TooLongNamesAreRefused) {
     EXPECT_NE(output({"list", key}).find(std::string(16383, 'a') + "  sz"), std::string::npos);
 }
 
+TEST_F(RegistryCommand, AValueThatIsRefusedMakesNoKey) {
+    EXPECT_TRUE(failedWith(registry({"set", key, "\xFF", "sz", "x"}), {"not UTF-8"}));
+    EXPECT_TRUE(failedWith(registry({"list", "HKLM\\Software"}), {"no key"}));
+}
+
+TEST_F(RegistryCommand, ARootHasValuesAsWell) {
+    quietly({"set", "HKCU", "n", "sz", "x"});
+    EXPECT_EQ(output({"get", "HKCU\\", "n"}), "x\n");
+}
+
+TEST_F(RegistryCommand, KeysAreAsDeepAsTheRegistryLets) {
+    std::string deepest = "HKLM";
+    for (int part = 0; part < 512; ++part) {
+        deepest += "\\k";
+    }
+    quietly({"set", deepest, "n", "sz", "x"});
+    EXPECT_EQ(output({"get", deepest, "n"}), "x\n");
+    EXPECT_TRUE(failedWith(registry({"create", deepest + "\\k"}), {"deeper than 512"}));
+    EXPECT_NE(exported("HKLM").find(deepest.substr(4) + "]\r\n\"n\"=\"x\""), std::string::npos);
+    quietly({"delete", "HKLM\\k"});
+}
+
 TEST_F(RegistryCommand, CreateMakesAKeyAndLeavesOneThatIsThere) {
     quietly({"create", key});
     quietly({"set", key, "n", "sz", "x"});

@@ -41,6 +41,21 @@ TEST_F(RegistryValues, WordsThatLookLikeOptionsGoBehindTwoDashes) {
     EXPECT_EQ(output({"get", key, "--", "-n"}), "x\n");
 }
 
+TEST_F(RegistryValues, TheFirstTwoDashesAreNoTextWhereverTheyStand) {
+    EXPECT_EQ(afterSet("multi_sz", {"a", "--", "-b"}), "a\n-b\n");
+    EXPECT_EQ(afterSet("multi_sz", {"a", "b", "--", "-c", "--", "d"}), "a\nb\n-c\n--\nd\n");
+    EXPECT_EQ(afterSet("sz", {"--", "--"}), "--\n");
+    EXPECT_EQ(afterSet("sz", {"--", "++"}), "++\n");
+    EXPECT_EQ(afterSet("multi_sz", {"--"}), "\n");
+    quietly({"set", key, "--", "-n", "multi_sz", "a", "--", "b"});
+    EXPECT_EQ(output({"get", key, "--", "-n"}), "a\n--\nb\n");
+}
+
+TEST_F(RegistryValues, TextsKeepTheirOrderAlsoIfTheyLookLikeOptions) {
+    EXPECT_EQ(afterSet("multi_sz", {"-x", "b", "--y", "c"}), "-x\nb\n--y\nc\n");
+    EXPECT_EQ(afterSet("multi_sz", {"a", "-5", "[b,c]", "list"}), "a\n-5\n[b,c]\nlist\n");
+}
+
 TEST_F(RegistryValues, NumbersAreTakenInDecimalAndHexadecimalToTheirLimits) {
     EXPECT_EQ(afterSet("dword", {"0"}), "0\n");
     EXPECT_EQ(afterSet("dword", {"4294967295"}), "4294967295\n");

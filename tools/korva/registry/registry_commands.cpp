@@ -14,6 +14,7 @@ namespace korva::tool {
 namespace {
 
 using platform::RegistryAccess;
+using platform::RegistryChange;
 using platform::RegistryKey;
 using platform::RegistryResult;
 using platform::RegistryValue;
@@ -83,13 +84,6 @@ RegistryValue readValue(const KeyPlace& place, const std::string& name) {
     return value;
 }
 
-RegistryKey createKey(const KeyPlace& place) {
-    RegistryKey key;
-    const RegistryResult code = openRoot(place).create(place.path, RegistryAccess::readWrite, key);
-    throwIfRefused(code, fmt::format("make the key '{}'", keyText(place)));
-    return key;
-}
-
 void deleteValue(const KeyPlace& place, const std::string& name) {
     const RegistryResult code = openKey(place, RegistryAccess::readWrite).deleteValue(name);
     if (code == result::notFound) {
@@ -132,11 +126,16 @@ void runRegistrySet(const RegistryOptions& options) {
     const KeyPlace place = keyOfArgument(options.key);
     const std::string name = nameOfArgument(options.name);
     const RegistryValue value = valueOfWords(options.type, options.data);
-    throwIfRefused(createKey(place).setValue(name, value.type, value.data), actionOn("set", name, place));
+    // The key and the value in one step: nobody finds the one without the other.
+    const RegistryChange change{RegistryChange::Kind::setValue, place.root, place.path, name, value};
+    throwIfRefused(platform::applyRegistryChanges({&change, 1}), actionOn("set", name, place));
 }
 
 void runRegistryCreate(const RegistryOptions& options) {
-    createKey(keyOfArgument(options.key));
+    const KeyPlace place = keyOfArgument(options.key);
+    RegistryKey key;
+    const RegistryResult code = openRoot(place).create(place.path, RegistryAccess::readWrite, key);
+    throwIfRefused(code, fmt::format("make the key '{}'", keyText(place)));
 }
 
 void runRegistryDelete(const RegistryOptions& options) {

@@ -15,7 +15,8 @@ constexpr const char* wordsFor(platform::RegistryResult code) {
         case result::accessDenied:
             return "no right to do so in the registry '{}'; its owner has, or set KORVA_REGISTRY to another file";
         case result::invalidParameter:
-            return "a name is not UTF-8 or too long: 255 characters for a part of a key, 16383 for a value";
+            return "a name is not UTF-8 or too long (255 characters for a part of a key, 16383 for a value), or the "
+                   "key is deeper than 512 parts";
         case result::outOfMemory:
             return "out of memory";
         case result::diskFull:

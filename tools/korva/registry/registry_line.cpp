@@ -1,6 +1,7 @@
 // How `korva registry ...` reads on the command line.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -83,32 +84,36 @@ void addGet(const Declaration& declaration) {
     addJson(get, options, "Print one JSON value, with the type");
 }
 
-/// All the words of DATA: what CLI11 reads as a list would take words in brackets apart.
-std::vector<std::string> wordsOfData(const CLI::App& set, const CLI::Option& first,
-                                     const std::string& firstWord) {
+/// Takes any number of words, in their order and as they are: as a list, CLI11 would take words in brackets
+/// apart, and move those that look like options behind the others. So the option itself takes none of them,
+/// and only makes CLI11 let the mark `--` pass.
+void addData(CLI::App& set) {
+    set.validate_positionals();
+    set.prefix_command();
+    set.add_option("DATA", "As below; behind -- if it begins with a -")
+        ->check([](const std::string&) { return std::string("taken with the rest of the line"); })
+        ->type_name("...");
+}
+
+/// The mark is among them, and a second one is a word.
+std::vector<std::string> wordsOfData(const CLI::App& set) {
     std::vector<std::string> words = set.remaining();
-    if (!words.empty() && words.front() == "--") {
-        words.erase(words.begin());
-    }
-    if (first.count() != 0) {
-        words.insert(words.begin(), firstWord);
+    if (const auto mark = std::ranges::find(words, "--"); mark != words.end()) {
+        words.erase(mark);
     }
     return words;
 }
 
 void addSet(CLI::App& group, Commands& commands) {
     const auto options = std::make_shared<RegistryOptions>();
-    const auto firstWord = std::make_shared<std::string>();
     CLI::App* const set = group.add_subcommand("set", "Set a value; makes its key if there is none");
     addKey(*set, options);
     addName(*set, options)->required();
     set->add_option("TYPE", options->type, "sz, dword, qword, binary or multi_sz")->required()->type_name("");
-    const CLI::Option* const data =
-        set->add_option("DATA", *firstWord, "As below; behind -- if it begins with a -")->type_name("...");
-    set->prefix_command();
+    addData(*set);
     set->footer(setNotes);
     commands.push_back({set, [=] {
-                            options->data = wordsOfData(*set, *data, *firstWord);
+                            options->data = wordsOfData(*set);
                             runRegistrySet(*options);
                             return 0;
                         }});
