@@ -158,5 +158,10 @@ TEST_F(CommandLine, ALineBreakInAFileNameLeavesTheErrorOneLine) {
     EXPECT_TRUE(failedWith(process(path("no\nsuch\tfile"), path("out.wav")), {"no\\x0Asuch\\x09file"}));
 }
 
+TEST_F(CommandLine, NoControlCharacterOfAFileNameReachesTheTerminal) {
+    EXPECT_TRUE(failedWith(process(path("a\x1B[2J\x7F\xC2\x9B\x32J\xC2\x80\xC2\xA0"), path("out.wav")),
+                           {"a\\x1B[2J\\x7F\\x9B2J\\x80\xC2\xA0'"}));
+}
+
 }  // namespace
 }  // namespace korva::test

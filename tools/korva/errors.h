@@ -29,7 +29,8 @@ template <typename... Args>
 /// The system's words for an error number.
 [[nodiscard]] std::string systemMessage(int errorNumber);
 
-/// `text` with its control characters, which a file's name may hold, as \xHH: always one line.
+/// `text` with its control characters, which a file's name may hold, as \xHH: always one line, on which no
+/// terminal acts. Those of two bytes (U+0080 to U+009F) are their second one's number.
 [[nodiscard]] std::string asOneLine(std::string_view text);
 
 /// Writes "korva: error: " and `text` as one line to standard error.
