@@ -163,6 +163,19 @@ TEST_F(RegistryWatchCommand, FailsWhenItsLinesCannotBePrinted) {
     }
 }
 
+TEST_F(RegistryWatchCommand, EndsWhenTheReaderOfItsLinesIsGoneAlsoWithoutAChange) {
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    const int reader = open(path("pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    Launch launch = registryLaunch({"watch", key});
+    launch.outputPath = path("pipe");
+    child.emplace(launch);
+    ASSERT_TRUE(child->waitForError("Ctrl-C ends it\n"));
+    close(reader);
+    const Outcome outcome = child->wait();
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_TRUE(outcome.error.ends_with("korva: error: cannot write to standard output: Broken pipe\n"));
+}
+
 TEST_F(RegistryWatchCommand, RefusesAWordThatIsNoKey) {
     EXPECT_TRUE(failedWith(registry({"watch", "HKU\\A"}), {"'HKU\\A' is no key"}));
 }

@@ -1,6 +1,7 @@
 #include "korva/standard_streams.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -38,6 +39,13 @@ void printOutput(std::string_view text) {
     const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
     if (!written || std::fflush(stdout) != 0) {
         fail("cannot write to standard output: {}", systemMessage(errno));
+    }
+}
+
+void expectReaderOfOutput() {
+    pollfd output = {STDOUT_FILENO, 0, 0};  // Errors are told of without being asked for.
+    if (poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0) {
+        fail("cannot write to standard output: {}", systemMessage(EPIPE));
     }
 }
 

@@ -21,6 +21,10 @@ void reserveStandardStreams();
 /// Writes all of `text`. Throws when it can't be written whole.
 void printOutput(std::string_view text);
 
+/// Throws if standard output is a pipe whose reader is gone, for those who may have nothing to write for
+/// long.
+void expectReaderOfOutput();
+
 /// Keeps others' remarks off standard error while it lives: decoders print there.
 class MutedStandardError {
 public:

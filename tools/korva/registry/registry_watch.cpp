@@ -133,6 +133,7 @@ void print(const std::vector<TreeChange>& changes, bool json) {
                             keyText(place)));
     while (true) {
         watcher.wait();
+        expectReaderOfOutput();
         TreeState now = watcher.look();
         print(changesBetween(known, now), options.json);
         known = std::move(now);
