@@ -24,6 +24,11 @@ private:
     std::uint32_t& count;
 };
 
+/// Whether it is a blob that has a head. Stores are others', and one may tell a length without contents.
+bool isPresetBlob(const PROPVARIANT& value) noexcept {
+    return value.vt == VT_BLOB && value.blob.cbSize >= 4 && value.blob.pBlobData != nullptr;
+}
+
 }  // namespace
 
 ChunkReader::ChunkReader(std::shared_ptr<const PresetChunk> chunkToRead, const GUID& effect)
@@ -35,8 +40,7 @@ bool ChunkReader::Read(IPropertyStore* store) {
     }
     PropertyValue value;
     const PROPERTYKEY key{fxId, effect_property::firstChunk + chunk->index};
-    if (published::failed(store->GetValue(key, value.out())) || value->vt != VT_BLOB ||
-        value->blob.cbSize < 4) {
+    if (published::failed(store->GetValue(key, value.out())) || !isPresetBlob(value.get())) {
         return false;
     }
     const Counted reading(busy);

@@ -8,9 +8,12 @@
 #include <new>
 #include <vector>
 
+#include "framework/active_object.h"
 #include "framework/dispatcher.h"
+#include "framework/published_object.h"
 #include "params/effect_keys.h"
 #include "params/preset_blob.h"
+#include "platform/published/results.h"
 #include "tests/support/byte_list.h"
 #include "tests/support/engines.h"
 #include "tests/support/memory_property_store.h"
@@ -123,6 +126,29 @@ TEST_F(ChunkReaderTest, ADeletedBlobKeepsWhatWasRead) {
 TEST_F(ChunkReaderTest, AValueOfAnotherKindIsIgnored) {
     store->putWord(key(), 0x01020304);
     EXPECT_FALSE(reader->Read(store.get()));
+}
+
+/// Tells the length of a blob, and gives no contents.
+class HollowStore final
+    : public framework::PublishedObject<HollowStore, framework::ActiveObject, IPropertyStore> {
+public:
+    HRESULT STDMETHODCALLTYPE GetCount(DWORD*) override { return published::notImplemented; }
+    HRESULT STDMETHODCALLTYPE GetAt(DWORD, PROPERTYKEY*) override { return published::notImplemented; }
+    HRESULT STDMETHODCALLTYPE GetValue(REFPROPERTYKEY, PROPVARIANT* value) override {
+        value->vt = VT_BLOB;
+        value->blob.cbSize = 100;
+        return published::ok;
+    }
+    HRESULT STDMETHODCALLTYPE SetValue(REFPROPERTYKEY, REFPROPVARIANT) override {
+        return published::notImplemented;
+    }
+    HRESULT STDMETHODCALLTYPE Commit() override { return published::notImplemented; }
+};
+
+TEST_F(ChunkReaderTest, ALengthWithoutContentsIsNoBlob) {
+    const Ref<HollowStore> hollow = create<HollowStore>();
+    EXPECT_FALSE(reader->Read(hollow.get()));
+    EXPECT_TRUE(preset(0).empty());
 }
 
 TEST_F(ChunkReaderTest, WithoutAStoreNothingIsRead) {
