@@ -24,7 +24,9 @@ namespace korva::tool {
 /// A preset, or what is wrong with its text.
 struct ReadPreset {
     std::optional<Preset> preset;
-    std::vector<TextFault> faults;  ///< All there are, in the order of the text. Empty if there is a preset.
+    /// All there are, none if there is a preset: keys that appear twice, then the preset's own keys, then the
+    /// parameters in the order of the text.
+    std::vector<TextFault> faults;
 };
 
 /// A pure function.
