@@ -24,7 +24,7 @@ struct ReadableData {
 /// The data alone, for scripts: text as it is, numbers in decimal, several strings with line breaks between
 /// them, all else as hexadecimal digits.
 [[nodiscard]] std::string dataText(const platform::RegistryValue& value);
-/// The data on one line, for people. Long ones are cut.
+/// The data on one line, for people: texts whole, of many bytes the first.
 [[nodiscard]] std::string dataSummary(const platform::RegistryValue& value);
 [[nodiscard]] std::string hexDigits(const std::vector<std::byte>& bytes);
 
