@@ -2,7 +2,8 @@
 //
 // On Windows it is the system's. Elsewhere it is one file for all processes of a user: KORVA_REGISTRY in the
 // environment names it, else it is $XDG_STATE_HOME/korva/registry (~/.local/state/korva/registry), made when
-// it is first opened. Both keep to the same contract; where they can't, it is said here.
+// it is first opened; the copy of a process (by fork) leaves it alone until it runs another program. Both
+// keep to the same contract; where they can't, it is said here.
 //
 // Paths and names are UTF-8 without a zero inside; parts of a path are separated by a backslash, one more may
 // end it, and none is empty. The name of a key takes up to 255 units of UTF-16, that of a value up to 16,383,

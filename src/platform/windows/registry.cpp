@@ -57,6 +57,16 @@ constexpr std::size_t longestValueName = 16383;  // The same.
 constexpr std::size_t deepestPath = 512;
 constexpr const wchar_t* linkValue = L"SymbolicLinkValue";
 
+/// What an open key gives, where want of memory becomes a result.
+template <class Action>
+Result answer(const OpenRegistryKey* key, const Action& action) noexcept {
+    try {
+        return key == nullptr ? result::invalidHandle : action(*key);
+    } catch (...) {
+        return result::outOfMemory;
+    }
+}
+
 /// Text for the system, which takes a zero unit for its end: there is none inside.
 std::optional<WideString> systemText(std::string_view utf8) {
     if (utf8.find('\0') != utf8.npos) {
@@ -150,150 +160,149 @@ LSTATUS readName(std::size_t longest, WideString& name, const Read& read) {
 }  // namespace
 
 RegistryKey RegistryKey::root(RegistryRoot root, RegistryResult* outcome) {
-    if (outcome != nullptr) {
-        *outcome = result::success;
+    RegistryKey opened;
+    Result failed = result::success;
+    try {
+        // The system's roots are the same numbers as signed ones.
+        const auto number = static_cast<std::intptr_t>(static_cast<std::int32_t>(root));
+        opened = OpenRegistryKey::share(reinterpret_cast<HKEY>(number), Access::readWrite);
+    } catch (...) {
+        failed = result::outOfMemory;
     }
-    // The system's roots are the same numbers as signed ones.
-    const auto number = static_cast<std::intptr_t>(static_cast<std::int32_t>(root));
-    return OpenRegistryKey::share(reinterpret_cast<HKEY>(number), Access::readWrite);
+    if (outcome != nullptr) {
+        *outcome = failed;
+    }
+    return opened;
 }
 
 RegistryResult RegistryKey::open(std::string_view path, RegistryAccess access, RegistryKey& opened) const {
-    if (key == nullptr) {
-        return result::invalidHandle;
-    }
-    const auto widePath = pathOf(path);
-    return widePath ? openKey(key->handle, *widePath, access, opened) : result::invalidParameter;
+    return answer(key.get(), [&](const OpenRegistryKey& parent) -> Result {
+        const auto widePath = pathOf(path);
+        return widePath ? openKey(parent.handle, *widePath, access, opened) : result::invalidParameter;
+    });
 }
 
 RegistryResult RegistryKey::create(std::string_view path, RegistryAccess access, RegistryKey& opened,
                                    bool* created) const {
-    if (key == nullptr) {
-        return result::invalidHandle;
-    }
-    const auto widePath = pathOf(path);
-    if (!widePath) {
-        return result::invalidParameter;
-    }
-    bool isNew = false;
-    Result failed = result::success;
-    // Not every version tells that the key itself, with an empty path, was there before.
-    if (key->mayWrite() && !widePath->empty()) {
-        failed = createKey(key->handle, *widePath, access, opened, isNew);
-    } else {
-        failed = openKey(key->handle, *widePath, access, opened);
-        failed = failed == result::notFound ? result::accessDenied : failed;
-    }
-    if (created != nullptr && failed == result::success) {
-        *created = isNew;
-    }
-    return failed;
+    return answer(key.get(), [&](const OpenRegistryKey& parent) -> Result {
+        const auto widePath = pathOf(path);
+        if (!widePath) {
+            return result::invalidParameter;
+        }
+        bool isNew = false;
+        Result failed = result::success;
+        // Not every version tells that the key itself, with an empty path, was there before.
+        if (parent.mayWrite() && !widePath->empty()) {
+            failed = createKey(parent.handle, *widePath, access, opened, isNew);
+        } else {
+            failed = openKey(parent.handle, *widePath, access, opened);
+            failed = failed == result::notFound ? result::accessDenied : failed;
+        }
+        if (created != nullptr && failed == result::success) {
+            *created = isNew;
+        }
+        return failed;
+    });
 }
 
 RegistryResult RegistryKey::deleteKey(std::string_view path) const {
-    if (key == nullptr) {
-        return result::invalidHandle;
-    }
-    const auto widePath = pathBelow(path);
-    if (!widePath) {
-        return result::invalidParameter;
-    }
-    return key->mayWrite() ? RegDeleteKeyExW(key->handle, widePath->c_str(), 0, 0) : result::accessDenied;
+    return answer(key.get(), [&](const OpenRegistryKey& parent) -> Result {
+        const auto widePath = pathBelow(path);
+        if (!widePath) {
+            return result::invalidParameter;
+        }
+        return parent.mayWrite() ? RegDeleteKeyExW(parent.handle, widePath->c_str(), 0, 0)
+                                 : result::accessDenied;
+    });
 }
 
 RegistryResult RegistryKey::deleteTree(std::string_view path) const {
-    if (key == nullptr) {
-        return result::invalidHandle;
-    }
-    const auto widePath = pathBelow(path);
-    if (!widePath) {
-        return result::invalidParameter;
-    }
-    return key->mayWrite() ? RegDeleteTreeW(key->handle, widePath->c_str()) : result::accessDenied;
+    return answer(key.get(), [&](const OpenRegistryKey& parent) -> Result {
+        const auto widePath = pathBelow(path);
+        if (!widePath) {
+            return result::invalidParameter;
+        }
+        return parent.mayWrite() ? RegDeleteTreeW(parent.handle, widePath->c_str()) : result::accessDenied;
+    });
 }
 
 RegistryResult RegistryKey::readValue(std::string_view name, RegistryValue& value) const {
-    if (key == nullptr) {
-        return result::invalidHandle;
-    }
-    const auto wideName = valueNameOf(name);
-    if (!wideName) {
-        return result::invalidParameter;
-    }
-    // Most values fit; and one that grows while it is read is asked for again.
-    std::vector<std::byte> data(128);
-    for (;;) {
-        DWORD type = 0;
-        auto size = static_cast<DWORD>(data.size());
-        const LSTATUS failed = RegQueryValueExW(key->handle, wideName->c_str(), nullptr, &type,
-                                                reinterpret_cast<BYTE*>(data.data()), &size);
-        if (failed != ERROR_SUCCESS && failed != ERROR_MORE_DATA) {
-            return failed;
+    return answer(key.get(), [&](const OpenRegistryKey& open) -> Result {
+        const auto wideName = valueNameOf(name);
+        if (!wideName) {
+            return result::invalidParameter;
         }
-        data.resize(size);
-        if (failed == ERROR_SUCCESS) {
-            value = {.type = type, .data = std::move(data)};
-            return result::success;
+        // Most values fit; and one that grows while it is read is asked for again.
+        std::vector<std::byte> data(128);
+        for (;;) {
+            DWORD type = 0;
+            auto size = static_cast<DWORD>(data.size());
+            const LSTATUS failed = RegQueryValueExW(open.handle, wideName->c_str(), nullptr, &type,
+                                                    reinterpret_cast<BYTE*>(data.data()), &size);
+            if (failed != ERROR_SUCCESS && failed != ERROR_MORE_DATA) {
+                return failed;
+            }
+            data.resize(size);
+            if (failed == ERROR_SUCCESS) {
+                value = {.type = type, .data = std::move(data)};
+                return result::success;
+            }
         }
-    }
+    });
 }
 
 RegistryResult RegistryKey::setValue(std::string_view name, std::uint32_t type,
                                      std::span<const std::byte> data) const {
-    if (key == nullptr) {
-        return result::invalidHandle;
-    }
-    const auto wideName = valueNameOf(name);
-    if (!wideName || data.size() > std::numeric_limits<DWORD>::max()) {
-        return result::invalidParameter;
-    }
-    // The system looks behind the data of a string: it stores two bytes more if they are a terminator that
-    // the caller seems to have left out. Bytes that are none keep it from that.
-    std::vector<std::byte> guarded(data.size() + sizeof(WCHAR), std::byte{0xFF});
-    std::copy(data.begin(), data.end(), guarded.begin());
-    return RegSetValueExW(key->handle, wideName->c_str(), 0, type,
-                          reinterpret_cast<const BYTE*>(guarded.data()), static_cast<DWORD>(data.size()));
+    return answer(key.get(), [&](const OpenRegistryKey& open) -> Result {
+        const auto wideName = valueNameOf(name);
+        if (!wideName || data.size() > std::numeric_limits<DWORD>::max()) {
+            return result::invalidParameter;
+        }
+        // The system looks behind the data of a string: it stores two bytes more if they are a terminator
+        // that the caller seems to have left out. Bytes that are none keep it from that.
+        std::vector<std::byte> guarded(data.size() + sizeof(WCHAR), std::byte{0xFF});
+        std::copy(data.begin(), data.end(), guarded.begin());
+        return RegSetValueExW(open.handle, wideName->c_str(), 0, type,
+                              reinterpret_cast<const BYTE*>(guarded.data()), static_cast<DWORD>(data.size()));
+    });
 }
 
 RegistryResult RegistryKey::deleteValue(std::string_view name) const {
-    if (key == nullptr) {
-        return result::invalidHandle;
-    }
-    const auto wideName = valueNameOf(name);
-    return wideName ? RegDeleteValueW(key->handle, wideName->c_str()) : result::invalidParameter;
+    return answer(key.get(), [&](const OpenRegistryKey& open) -> Result {
+        const auto wideName = valueNameOf(name);
+        return wideName ? RegDeleteValueW(open.handle, wideName->c_str()) : result::invalidParameter;
+    });
 }
 
 RegistryResult RegistryKey::valueName(std::uint32_t index, std::size_t capacity, std::string& name) const {
-    if (key == nullptr) {
-        return result::invalidHandle;
-    }
-    WideString wideName;
-    const LSTATUS failed = readName(longestValueName, wideName, [&](WCHAR* buffer, DWORD* length) {
-        return RegEnumValueW(key->handle, index, buffer, length, nullptr, nullptr, nullptr, nullptr);
+    return answer(key.get(), [&](const OpenRegistryKey& open) -> Result {
+        WideString wideName;
+        const LSTATUS failed = readName(longestValueName, wideName, [&](WCHAR* buffer, DWORD* length) {
+            return RegEnumValueW(open.handle, index, buffer, length, nullptr, nullptr, nullptr, nullptr);
+        });
+        if (failed != ERROR_SUCCESS) {
+            return failed;
+        }
+        std::string utf8 = toUtf8(wideName);
+        if (utf8.size() >= capacity) {
+            return result::moreData;
+        }
+        name = std::move(utf8);
+        return result::success;
     });
-    if (failed != ERROR_SUCCESS) {
-        return failed;
-    }
-    std::string utf8 = toUtf8(wideName);
-    if (utf8.size() >= capacity) {
-        return result::moreData;
-    }
-    name = std::move(utf8);
-    return result::success;
 }
 
 RegistryResult RegistryKey::keyName(std::uint32_t index, std::string& name) const {
-    if (key == nullptr) {
-        return result::invalidHandle;
-    }
-    WideString wideName;
-    const LSTATUS failed = readName(longestKeyName, wideName, [&](WCHAR* buffer, DWORD* length) {
-        return RegEnumKeyExW(key->handle, index, buffer, length, nullptr, nullptr, nullptr, nullptr);
+    return answer(key.get(), [&](const OpenRegistryKey& open) -> Result {
+        WideString wideName;
+        const LSTATUS failed = readName(longestKeyName, wideName, [&](WCHAR* buffer, DWORD* length) {
+            return RegEnumKeyExW(open.handle, index, buffer, length, nullptr, nullptr, nullptr, nullptr);
+        });
+        if (failed == ERROR_SUCCESS) {
+            name = toUtf8(wideName);
+        }
+        return failed;
     });
-    if (failed == ERROR_SUCCESS) {
-        name = toUtf8(wideName);
-    }
-    return failed;
 }
 
 RegistryResult RegistryKey::flush() const {

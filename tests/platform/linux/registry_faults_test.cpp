@@ -328,6 +328,23 @@ TEST_F(RegistryFaults, LeaveOldKeysGoodWhenTheRegistryMoves) {
     EXPECT_EQ(old.readValue("x", value), success);
 }
 
+// What processes wake one another by lies beside the file, not beside a link to it.
+TEST_F(RegistryFaults, AreNoneWhereALinkLeadsToTheFile) {
+    ASSERT_EQ(set(openKey(), 7), success);
+    const files::path place = folder() / "other";
+    files::create_directory(place);
+    files::create_symlink(registryPlace(), place / "link");
+    setenv("KORVA_REGISTRY", (place / "link").c_str(), 1);
+
+    const RegistryKey key = openKey();
+    RegistryWatch watch;
+    ASSERT_EQ(watch.arm(key), success);
+    ASSERT_EQ(set(key, 8), success);
+
+    EXPECT_EQ(contentsBelow(place).size(), 1U);
+    EXPECT_EQ(test::run(childThat("get", {"x"})).output, "8\n");
+}
+
 TEST_F(RegistryFaults, MakeTheUsersOwnFolderForNobodyElse) {
     const files::path state = folder() / "state";
     unsetenv("KORVA_REGISTRY");

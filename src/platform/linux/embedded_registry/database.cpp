@@ -84,10 +84,11 @@ std::shared_ptr<Database> Database::current() {
 
 Database::Database(const std::string& at)
     : path(at),
-      writing(openAnyhow(path)),
-      identity(identityOf(path)),
-      reader(path, writing->kind()),
-      bell(path + "-bell"),
+      file(withoutLinks(path)),
+      writing(openAnyhow(file)),
+      identity(identityOf(file)),
+      reader(file, writing->kind()),
+      bell(file + "-bell"),
       writer(*writing, bell),
       listener(reader, bell) {}
 

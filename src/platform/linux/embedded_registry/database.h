@@ -40,6 +40,7 @@ private:
     static Identity identityOf(const std::string& path) noexcept;
 
     const std::string path;
+    const std::string file;  ///< The same without links: all processes find what is beside it in one place.
     const std::unique_ptr<Connection> writing;
     const Identity identity;
 

@@ -47,6 +47,12 @@ std::string registryPath() {
     return folder.empty() ? "" : folder + "/korva/registry";
 }
 
+std::string withoutLinks(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::canonical(path, error);
+    return error ? path : real.string();
+}
+
 void makeFoldersFor(const std::string& path) noexcept {
     // By the rules of the desktop, what is made there is for its user only.
     const bool isPrivate = variable("KORVA_REGISTRY").empty();
