@@ -32,7 +32,7 @@ void KeyWatch::run() {
 
 // False when the watch is to stop.
 bool KeyWatch::waitForChange() {
-    // A deleted key that says nothing is found by arming it again; one that speaks needs no look.
+    // A deleted key that says nothing is found by a look; one that speaks needs none.
     const std::int64_t openLimitMs = platform::tellsOfKeyDeletion() ? platform::waitForever : lookMs;
     while (true) {
         // What came together with the key is a change as well.
@@ -48,8 +48,8 @@ bool KeyWatch::waitForChange() {
         if (changes.take() && isOpen()) {
             return true;
         }
-        if (isOpen()) {
-            arm();
+        if (isDeleted()) {
+            release();
         }
     }
 }
@@ -96,6 +96,12 @@ bool KeyWatch::open() {
         }
     }
     return arm();
+}
+
+// Not found out by arming the key once more: that takes back the signal of a change which comes just then.
+bool KeyWatch::isDeleted() const {
+    std::string name;
+    return isOpen() && keys[slot].keyName(0, name) == platform::registry_result::keyDeleted;
 }
 
 // Asks for word of the next change. A key that can't be watched any more was deleted: it is looked for anew.

@@ -39,6 +39,7 @@ private:
 
     [[nodiscard]] bool isOpen() const noexcept { return static_cast<bool>(keys[slot]); }
     bool open();
+    [[nodiscard]] bool isDeleted() const;
     bool arm();
     void release() { keys = {}; }
 

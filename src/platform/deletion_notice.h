@@ -4,7 +4,7 @@
 namespace korva::platform {
 
 /// Whether the deletion of a key that a `RegistryWatch` is armed with signals the watch. Where it doesn't,
-/// only another `arm` tells.  [any]
+/// only a look at the key tells.  [any]
 [[nodiscard]] bool tellsOfKeyDeletion() noexcept;
 
 }  // namespace korva::platform

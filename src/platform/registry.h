@@ -167,9 +167,9 @@ struct RegistryChange {
 
 /// Tells when values change. Signalled by the first change after `arm`, and not again before the next `arm`.
 /// A change before a key is first armed is not told of, one between a signal and the next `arm` need not be:
-/// so arm first and read then. To set a value to what it is may count as a change or not; that a key of the
-/// subtree comes or goes need not. The deletion of the armed key itself may pass unnoticed: `arm` then gives
-/// 1018.
+/// so arm first and read then. A key that is armed when it is armed again may lose a change that comes just
+/// then. To set a value to what it is may count as a change or not; that a key of the subtree comes or goes
+/// need not. The deletion of the armed key itself may pass unnoticed: `arm` then gives 1018.
 ///
 /// One thread arms and takes; the handle may be waited on by others.
 class RegistryWatch {
