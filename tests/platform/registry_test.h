@@ -1,4 +1,16 @@
 // What the tests of the registry share.
+//
+// One suite runs over the embedded registry, that of Windows and Wine's. Where they differ it claims no more
+// than what our code relies on:
+//
+//   a change between a signal and `arm`   Windows tells of it, others need not: we arm, then read
+//   a change while an armed key is armed  may be lost: we arm a key once for each signal
+//   the armed key is deleted              Wine doesn't tell: `tellsOfKeyDeletion`, else we look at the key
+//   a value is set to what it was         may tell or not
+//   a sub-key comes or goes               may tell or not
+//   the thread that armed ends            the key stays armed, by a flag that Windows needs for it
+//   a deleted key that is open            1018 from every call, also when its name is made again
+//   a string or list without its end      its bytes come back as they were set
 #pragma once
 
 #include <gtest/gtest.h>
