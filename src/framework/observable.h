@@ -113,8 +113,8 @@ private:
             return equal;
         }
         // What differs from the pending value differs from the published one too if that was pending, unless
-        // the owner puts another in its place: long values are compared once.
-        const bool wasInStep = isInStep();
+        // the owner puts another in its place: long values are compared once, short ones at no cost again.
+        const bool wasInStep = !hasIncoming();
         enter(State::propagating);
         takeIncoming(std::forward<Incoming>(incoming));
         tellOwner();
@@ -139,13 +139,10 @@ private:
     static constexpr bool isKeptTwice = std::is_trivially_copyable_v<T>;
 
     [[nodiscard]] bool hasIncoming() const noexcept { return isKeptTwice || incomingIsKept; }
-    [[nodiscard]] bool isInStep() const {
-        return isKeptTwice ? equalValues(current, incomingValue) : !incomingIsKept;
-    }
     template <class Incoming>
     void takeIncoming(Incoming&& incoming) {
         incomingValue = std::forward<Incoming>(incoming);
-        incomingIsKept = true;
+        incomingIsKept = !isKeptTwice;
     }
 
     bool pendingEquals(const void* incoming) const override {
