@@ -27,7 +27,13 @@ public:
     [[nodiscard]] std::string read(std::size_t count);
 
     /// All that comes until the writing end is closed.  [any, blocks]
-    [[nodiscard]] std::string readAll();
+    [[nodiscard]] std::string readAll() {
+        std::string all;
+        for (std::string some = read(4096); !some.empty(); some = read(4096)) {
+            all += some;
+        }
+        return all;
+    }
 
     void closeReadEnd();
 

@@ -69,12 +69,4 @@ void StreamPipe::closeReadEnd() {
     closeEnd(ends->readEnd);
 }
 
-std::string StreamPipe::readAll() {
-    std::string all;
-    for (std::string some = read(4096); !some.empty(); some = read(4096)) {
-        all += some;
-    }
-    return all;
-}
-
 }  // namespace korva::test
