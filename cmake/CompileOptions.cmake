@@ -1,7 +1,7 @@
 # What every target of ours is compiled with, as one interface target.
 add_library(korva_options INTERFACE)
 target_compile_features(korva_options INTERFACE cxx_std_20 c_std_11)
-target_include_directories(korva_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_include_directories(korva_options INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
 target_compile_options(korva_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wundef -Werror
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual>
