@@ -73,10 +73,10 @@ typedef struct EngineFormat {
 
 /// One block of sound, to be changed in place: 32 bytes.
 ///
-/// Planes that no input channel lands on are silence at the start of a call, as far as `frames` goes. After
-/// it the host reads the planes that the output format has channels on; what is on others is heard by nobody.
-/// Planes are aligned to 64 bytes, and don't overlap. From `frames` to `maxFrames` a plane holds nothing: a
-/// module may write there, and reads nothing of use.
+/// Planes that no input channel lands on are silence at the start of a call, as far as `frames` goes. The
+/// module leaves its result on the planes that the output format has channels on, and writes to none that
+/// neither side has a channel on. Planes are aligned to 64 bytes, and don't overlap. From `frames` to
+/// `maxFrames` a plane holds nothing: a module may write there, and reads nothing of use.
 typedef struct DspBlock {
     float* const* channels;  ///< `KORVA_PLANES` planes of `maxFrames` samples.
     uint32_t maxChannels;    ///< Always `KORVA_PLANES`.

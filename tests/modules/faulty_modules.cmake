@@ -1,0 +1,1 @@
+# Modules with a fault each, for the conformance run to find.

@@ -1,0 +1,1 @@
+# Modules that show what a host does.
