@@ -11,6 +11,8 @@
 #include <string>
 #include <system_error>
 
+#include "platform/linux/own_library.h"
+
 namespace korva::platform {
 namespace {
 
@@ -18,15 +20,6 @@ namespace {
 bool hasDrive(std::string_view name) noexcept {
     const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
     return name.size() >= 2 && isLetter(name[0]) && name[1] == ':';
-}
-
-/// The record of what this is linked into; the program's has no name.
-const link_map* ownRecord() noexcept {
-    Dl_info unused{};
-    link_map* own = nullptr;
-    const bool isKnown = dladdr1(reinterpret_cast<const void*>(&ownRecord), &unused,
-                                 reinterpret_cast<void**>(&own), RTLD_DL_LINKMAP) != 0;
-    return isKnown ? own : nullptr;
 }
 
 /// Whether an address lies in the library itself, and not in one that it needs.
@@ -68,15 +61,15 @@ std::filesystem::path libraryPath(const std::filesystem::path& folder, std::stri
 }
 
 std::filesystem::path ownLibraryFolder() {
-    const link_map* const own = ownRecord();
-    if (own == nullptr || own->l_name[0] == '\0') {
+    const char* const name = ownLibraryName();
+    if (name == nullptr) {
         std::error_code none;
         return std::filesystem::read_symlink("/proc/self/exe", none).parent_path();
     }
     // The name may be relative to what was the current folder then; the loader has remembered the folder
     // whole.
     std::array<char, 2 * PATH_MAX> folder{};
-    void* const library = dlopen(own->l_name, RTLD_NOW | RTLD_NOLOAD);
+    void* const library = dlopen(name, RTLD_NOW | RTLD_NOLOAD);
     const bool isKnown = library != nullptr && dlinfo(library, RTLD_DI_ORIGIN, folder.data()) == 0;
     if (library != nullptr) {
         dlclose(library);

@@ -2,7 +2,6 @@
 
 #include <cxxabi.h>
 #include <dlfcn.h>
-#include <link.h>
 #include <pthread.h>
 #include <signal.h>
 
@@ -10,6 +9,8 @@
 #include <memory>
 #include <system_error>
 #include <utility>
+
+#include "platform/linux/own_library.h"
 
 namespace korva::platform {
 namespace {
@@ -27,17 +28,11 @@ struct Start {
 
 /// A new reference on the library that this code is linked into. Null in a program, which stays anyway.
 void* holdOwnLibrary() {
-    Dl_info unused{};
-    link_map* own = nullptr;
-    const bool isKnown = dladdr1(reinterpret_cast<const void*>(&holdOwnLibrary), &unused,
-                                 reinterpret_cast<void**>(&own), RTLD_DL_LINKMAP) != 0;
-    // The loader gives the program itself no name.
-    if (!isKnown || own->l_name[0] == '\0') {
+    const char* const name = ownLibraryName();
+    if (name == nullptr) {
         return nullptr;
     }
-    // The name that it was loaded by is compared before any file is looked for, so a library that was moved
-    // or deleted since is found too.
-    void* library = dlopen(own->l_name, RTLD_NOW | RTLD_NOLOAD);
+    void* const library = dlopen(name, RTLD_NOW | RTLD_NOLOAD);
     if (library == nullptr) {
         raise(ENOMEM, "holding the library of a thread");
     }
