@@ -50,6 +50,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addProcess(line, commands);
     addPreset(line, commands);
     addCatalogue(line, commands);
+    addModule(line, commands);
     addRegistry(line, commands);
     try {
         line.parse(argumentCount, arguments);
