@@ -34,23 +34,31 @@ function timeOf(name) {
     return median[name]
 }
 
-# A bound that memory alone makes unreachable counts as reached near that limit, and is shown as such.
-function verdict(quotient, bound, fast, limit, frames,    words, part) {
-    if (bound == "-") {
-        return "-"
+# "at most N ns more" bounds the difference of two times.
+function holds(bound, first, second,    words) {
+    split(bound, words, " ")
+    if (bound ~ /^at most [0-9]+(\.[0-9]+)? ns more$/) {
+        return first - second <= words[3] + 0
     }
     if (bound !~ /^at (least|most) [0-9]+(\.[0-9]+)?$/) {
         fail("'" bound "' is no bound")
     }
-    split(bound, words, " ")
+    return words[2] == "least" ? first / second >= words[3] + 0 : first / second <= words[3] + 0
+}
+
+# A bound that memory alone makes unreachable counts as reached near that limit, and is shown as such.
+function verdict(bound, first, second, limit, frames,    part) {
+    if (bound == "-") {
+        return "-"
+    }
     rows += 1
-    if (words[2] == "least" ? quotient >= words[3] + 0 : quotient <= words[3] + 0) {
+    if (holds(bound, first, second)) {
         reached += 1
         return "yes"
     }
     if (limit != "") {
         split(limit, part, " ")
-        if (fast <= part[2] * timeOf(part[1] "/" frames)) {
+        if (second <= part[2] * timeOf(part[1] "/" frames)) {
             reached += 1
             limited += 1
             return "at its limit"
@@ -63,7 +71,7 @@ function row(label, bound, dividend, divisor, limit, frames,    first, second) {
     first = timeOf(dividend)
     second = timeOf(divisor)
     printf "| %s | %.0f | %.0f | %.2f | %s | %s |\n", label, first, second, first / second, bound,
-           verdict(first / second, bound, second, limit, frames)
+           verdict(bound, first, second, limit, frames)
 }
 
 BEGIN {

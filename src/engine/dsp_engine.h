@@ -32,8 +32,11 @@ namespace korva::engine {
 ///
 /// Thread safety: all is the owner's but `Process` and `Capture`, which are the audio thread's and may run
 /// beside everything but the close.
-class DspEngine : public framework::ObjectClass<DspEngine, framework::ActiveObject>,
-                  public rt::BlockProcessor {
+///
+/// Its bases stand in this order so that the audio thread calls `Process` itself, and not a thunk of the
+/// compiler's that lies outside the section of real-time code.
+class DspEngine : public rt::BlockProcessor,
+                  public framework::ObjectClass<DspEngine, framework::ActiveObject> {
 public:
     static void describeMembers(framework::ClassInfo& info);
 
@@ -120,8 +123,8 @@ private:
     DspInstance* instance = nullptr;
     DspModuleApi api;
 
-    // A gate of the engine's own, behind that of the real-time path. Nobody shuts it so far: each counter
-    // below `Busy` has the audio thread for its only writer.
+    // A gate of the engine's own behind that of the real-time path, which nobody shuts so far. The audio
+    // thread alone writes what is busy, the owner what is blocked.
     std::atomic<std::uint32_t> captureBlocked{0};
     std::atomic<std::uint32_t> captureBusy{0};
     std::atomic<std::uint32_t> processBlocked{0};
