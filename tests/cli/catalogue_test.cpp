@@ -43,6 +43,18 @@ TEST_F(Catalogue, ListsTheEnginesWithTheirNumbers) {
     EXPECT_EQ(engines[0]["modules"][6]["parameterCount"], 162);
 }
 
+TEST_F(Catalogue, NamesTheModuleOfEachEngineAndPlatform) {
+    const Json engines = Json::parse(catalogue({"--json"}))["engines"];
+    EXPECT_EQ(engines[0]["dspModules"], Json({{"Float", "TANMER64"}, {"iSST", "DRIVOL64"}}));
+    EXPECT_EQ(engines[1]["dspModules"], Json({{"Float", nullptr}, {"iSST", nullptr}}));
+    EXPECT_EQ(engines[2]["dspModules"], Json({{"Float", "PELLUX64"}, {"iSST", nullptr}}));
+
+    const std::string text = catalogue({});
+    EXPECT_NE(text.find("DSP module: TANMER64 (Float), DRIVOL64 (iSST)\n"), std::string::npos);
+    EXPECT_NE(text.find("DSP module: none\n"), std::string::npos);
+    EXPECT_NE(text.find("DSP module: PELLUX64 (Float)\n"), std::string::npos);
+}
+
 TEST_F(Catalogue, TheTextHasTheSameNumbers) {
     const std::string text = catalogue({});
     for (const char* const part : {firstEngine, secondEngine, thirdEngine,

@@ -3,8 +3,11 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 #include <vector>
 
+#include "engine/engine_table.h"
 #include "korva/catalogue/engine_parameters.h"
 #include "korva/json.h"
 #include "korva/preset/field_words.h"
@@ -15,6 +18,8 @@ namespace {
 
 /// Zero bytes in a row that are counted instead of shown.
 constexpr std::size_t longRun = 8;
+
+constexpr std::array platforms = {engine::EnginePlatform::floatingPoint, engine::EnginePlatform::hardware};
 
 struct ListedModule {
     std::int32_t index = 0;  ///< -1 for the base list.
@@ -68,11 +73,22 @@ std::string shortHexText(std::span<const std::byte> bytes) {
     return text.empty() ? "-" : text;
 }
 
+/// "TANMER64 (Float), DRIVOL64 (iSST)"
+std::string dspModulesText(const params::ParamLayout& layout) {
+    std::string text;
+    for (const engine::EnginePlatform platform : platforms) {
+        if (const std::string_view name = engine::moduleName(layout.engineId, platform); !name.empty()) {
+            text += fmt::format("{}{} ({})", text.empty() ? "" : ", ", name, engine::platformName(platform));
+        }
+    }
+    return text.empty() ? "none" : text;
+}
+
 std::string headText(const params::ParamLayout& layout, const EngineListing& listing) {
-    std::string text =
-        fmt::format("Engine {}\n  {} parameters, {} bytes in {} chunks of at most {} bytes\n\n",
-                    params::guidText(layout.engineId), listing.parameters.size(), listing.bytes,
-                    listing.chunkCount, listing.chunkCapacity);
+    std::string text = fmt::format(
+        "Engine {}\n  DSP module: {}\n  {} parameters, {} bytes in {} chunks of at most {} bytes\n\n",
+        params::guidText(layout.engineId), dspModulesText(layout), listing.parameters.size(), listing.bytes,
+        listing.chunkCount, listing.chunkCapacity);
     text += "  module  id                                      parameters  bytes\n";
     for (const ListedModule& module : modulesOf(layout)) {
         text +=
@@ -102,12 +118,22 @@ Json modulesJson(const params::ParamLayout& layout) {
     return modules;
 }
 
+Json dspModulesJson(const params::ParamLayout& layout) {
+    Json modules = Json::object();
+    for (const engine::EnginePlatform platform : platforms) {
+        const std::string_view name = engine::moduleName(layout.engineId, platform);
+        modules[std::string(engine::platformName(platform))] = name.empty() ? Json() : Json(name);
+    }
+    return modules;
+}
+
 Json headJson(const params::ParamLayout& layout, const EngineListing& listing) {
     return {{"engine", params::guidText(layout.engineId)},
             {"parameterCount", listing.parameters.size()},
             {"bytes", listing.bytes},
             {"chunkCount", listing.chunkCount},
             {"chunkCapacity", listing.chunkCapacity},
+            {"dspModules", dspModulesJson(layout)},
             {"modules", modulesJson(layout)}};
 }
 
