@@ -1,0 +1,28 @@
+// A folder for one test.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace korva::test {
+
+/// A new folder, which goes with all that is in it. Raises `std::filesystem::filesystem_error` if there is
+/// none to be had.
+class OwnFolder {
+public:
+    OwnFolder();
+    ~OwnFolder();
+    OwnFolder(const OwnFolder&) = delete;
+    OwnFolder& operator=(const OwnFolder&) = delete;
+
+    /// An absolute path.
+    [[nodiscard]] const std::filesystem::path& path() const noexcept { return folder; }
+
+    /// Puts a copy of a library here, under a name without suffix; gives its path.
+    std::filesystem::path putLibrary(const std::filesystem::path& library, const std::string& name) const;
+
+private:
+    std::filesystem::path folder;
+};
+
+}  // namespace korva::test
