@@ -188,7 +188,7 @@ enum {
     KORVA_PARAMETER_COPIED_32 = -32   ///< Unsigned; 0 until it is sent.
 };
 
-/// Takes over a parameter's bytes: `size` of them at `data`, which may be null where `size` is 0. `index` is
+/// Takes over a parameter's bytes: `size` of them at `data`, null where `size` is 0. `index` is
 /// -1. All parameters come after Initialize, in their order, before the first block; single ones whenever
 /// they change, while process runs. A parameter or a size that the module doesn't know is ignored. The host
 /// ignores the result.  [owner; active]

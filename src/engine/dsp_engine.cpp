@@ -57,6 +57,12 @@ std::uint32_t sizeOf(std::span<const std::byte> bytes) noexcept {
     return static_cast<std::uint32_t>(bytes.size());
 }
 
+/// Null for an empty span, wherever it points: a module is promised one form of nothing.
+template <class Byte>
+Byte* startOf(std::span<Byte> bytes) noexcept {
+    return bytes.empty() ? nullptr : bytes.data();
+}
+
 }  // namespace
 
 void DspEngine::describeMembers(framework::ClassInfo& info) {
@@ -182,12 +188,12 @@ std::uint32_t DspEngine::SetParameter(std::int32_t bank, std::int32_t id, std::i
 
 std::uint32_t DspEngine::SetParameter(std::int32_t bank, std::int32_t id, std::int32_t index,
                                       std::span<const std::byte> bytes) {
-    return callModule(api.SetParameter, bank, id, index, bytes.data(), sizeOf(bytes));
+    return callModule(api.SetParameter, bank, id, index, startOf(bytes), sizeOf(bytes));
 }
 
 std::uint32_t DspEngine::SetGetData(std::int32_t bank, std::int32_t id, std::span<const std::byte> in,
                                     std::span<std::byte> out) {
-    return callModule(api.SetGetData, bank, id, in.data(), sizeOf(in), out.data(), sizeOf(out));
+    return callModule(api.SetGetData, bank, id, startOf(in), sizeOf(in), startOf(out), sizeOf(out));
 }
 
 void DspEngine::Clear(std::int32_t which) {
