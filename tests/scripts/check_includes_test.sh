@@ -33,6 +33,8 @@ new_tree() {
     put tools/korva/options.h '#pragma once'
     put src/engine/core.h '#pragma once'
     put tests/support/system.h '#pragma once' '#ifdef __linux__' '#endif'
+    put examples/modules/loud/gain.h '#pragma once' '#include "korva/dsp_module.h"'
+    put examples/modules/loud/loud.cpp '#include "gain.h"'
     put tests/rt/mixer_test.cpp '#include "tests/support/system.h"' '#include "engine/core.h"'
 }
 
@@ -123,6 +125,14 @@ fails 'an include of nothing' src/engine/bad.cpp:2 'is no file'
 new_tree
 put src/engine/bad.cpp '#include "core.h"'
 fails 'an include from its own folder' src/engine/bad.cpp:1 'is no file'
+
+new_tree
+put examples/modules/quiet/bad.cpp '#include "gain.h"'
+fails "an include of another module's header" examples/modules/quiet/bad.cpp:1 'is no file'
+
+new_tree
+put examples/modules/loud/bad.cpp '#include "rt/mixer.h"'
+fails 'an include of more than the public headers in a module' examples/modules/loud/bad.cpp:1 'of src/rt'
 
 new_tree
 put src/framework/bad.cpp '#include "../engine/core.h"'
