@@ -1,7 +1,6 @@
 // The module that records calls does so, as the other tests rely on it.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <set>
 #include <string>
 #include <thread>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "korva/dsp_module.h"
+#include "tests/engine/planes.h"
 #include "tests/support/loaded_library.h"
 #include "tests/support/recorded_calls.h"
 
@@ -50,26 +50,6 @@ public:
 
 private:
     LoadedLibrary library;
-};
-
-/// Eight planes of one value, and a block over them.
-class Planes {
-public:
-    explicit Planes(float value) {
-        for (std::size_t plane = 0; plane < samples.size(); ++plane) {
-            samples[plane].fill(value);
-            pointers[plane] = samples[plane].data();
-        }
-    }
-
-    DspBlock block(std::uint32_t frames) {
-        return {pointers.data(), KORVA_PLANES, KORVA_BLOCK_FRAMES, 2, 6, frames, 0};
-    }
-
-    std::array<std::array<float, KORVA_BLOCK_FRAMES>, KORVA_PLANES> samples{};
-
-private:
-    std::array<float*, KORVA_PLANES> pointers{};
 };
 
 std::filesystem::path copyIn(const OwnFolder& folder, const std::string& name) {
@@ -179,7 +159,7 @@ TEST(Recording, HasTheBlockAsItCameAndTheModuleHalvesIt) {
     const Instance instance(copyIn(folder, "recorder"));
     Planes planes(1.0F);
     planes.samples[5][2] = -2.0F;
-    DspBlock block = planes.block(100);
+    DspBlock block = planes.block<DspBlock>(100);
     instance.instance->table->process(instance.instance, &block);
 
     const auto calls = callsOf("process", recording.calls());

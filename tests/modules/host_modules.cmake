@@ -10,3 +10,33 @@ korva_module(korva_recorder_module
         recorder/recorder.cpp
         recorder/${KORVA_PLATFORM}/system.cpp)
 target_include_directories(korva_recorder_module PRIVATE ${PROJECT_SOURCE_DIR})
+
+# Each lacks the export in its name; the last but one lacks nothing, and the last makes no instance.
+foreach(lacks IN ITEMS
+        Create Free IsInputFormatSupported IsOutputFormatSupported IsCaptureFormatSupported Initialize
+        Uninitialize SetInputGain SetParameter SetGetData Clear WakeUp Process Capture nothing)
+    korva_module(korva_lacking_${lacks}
+        NAME lacking_${lacks}
+        FOLDER ${KORVA_TEST_MODULES}
+        SOURCES lacking/lacking.c
+        DEFINITIONS ZRDSPAPI_${lacks}=unknownToHosts)
+    list(APPEND lacking_modules korva_lacking_${lacks})
+endforeach()
+korva_module(korva_creating_null
+    NAME creating_null
+    FOLDER ${KORVA_TEST_MODULES}
+    SOURCES lacking/lacking.c
+    DEFINITIONS KORVA_CREATES_NULL)
+
+# One that leaves most to a library that it needs.
+add_library(korva_leaning_support SHARED leaning/support.c)
+target_link_libraries(korva_leaning_support PRIVATE korva_module_options)
+target_include_directories(korva_leaning_support PUBLIC ${PROJECT_SOURCE_DIR})
+korva_module(korva_leaning_module NAME leaning FOLDER ${KORVA_TEST_MODULES} SOURCES leaning/leaning.c)
+target_link_libraries(korva_leaning_module PRIVATE korva_leaning_support)
+
+foreach(module IN LISTS lacking_modules ITEMS korva_creating_null)
+    target_include_directories(${module} PRIVATE ${PROJECT_SOURCE_DIR})
+endforeach()
+add_custom_target(korva_host_modules
+    DEPENDS korva_recorder_module ${lacking_modules} korva_creating_null korva_leaning_module)
