@@ -1,6 +1,7 @@
 // From the first holder of an engine to the last.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -54,6 +55,19 @@ TEST(DspEngineLife, OfANewOneIsOpenAndItsEventIsZero) {
 
     EXPECT_TRUE(engine->isAlive.value());
     EXPECT_EQ(engine->engineEvent.value(), 0U);
+}
+
+TEST(DspEngineLife, OfAnEngineShowsItsEventAmongItsMembers) {
+    const OwnFolder folder;
+    const Held<DspEngine> engine = hostedEngine({}, folder.path());
+    const auto& members = engine->getClassInfo()->observableOfName;
+    ASSERT_TRUE(members.contains("engineEvent"));
+    const auto& event =
+        dynamic_cast<const framework::ValueMember<std::uint32_t>&>(*members.at("engineEvent"));
+
+    event.setByValue(*engine, 5);
+
+    EXPECT_EQ(engine->engineEvent.value(), 5U);
 }
 
 TEST(DspEngineLife, EndsAtTheLastHoldersDrop) {
