@@ -207,12 +207,8 @@ TEST(DspEngineLoading, PassesOverALibraryOfAnotherSystem) {
 
 TEST(DspEngineLoading, PassesOverALibraryThatLacksWhatItNeeds) {
     const OwnFolder folder;
-    std::string contents = contentsOf(KORVA_LEANING_MODULE);
     const std::string needed = fs::path(KORVA_LEANING_SUPPORT).filename().string();
-    for (std::size_t at = contents.find(needed); at != std::string::npos; at = contents.find(needed, at)) {
-        contents[at] = 'X';
-    }
-    write(moduleFile(folder, "bad"), contents);
+    folder.putLibraryWith(KORVA_LEANING_MODULE, "bad", needed, std::string(needed.size(), 'x'));
     expectSecondNameIsTaken(folder);
 }
 

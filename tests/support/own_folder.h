@@ -21,6 +21,11 @@ public:
     /// Puts a copy of a library here, under a name without suffix; gives its path.
     std::filesystem::path putLibrary(const std::filesystem::path& library, const std::string& name) const;
 
+    /// The same, with `other` wherever the library has `text`, which is as long. Raises `std::runtime_error`
+    /// if it has it nowhere.
+    std::filesystem::path putLibraryWith(const std::filesystem::path& library, const std::string& name,
+                                         const std::string& text, const std::string& other) const;
+
 private:
     std::filesystem::path folder;
 };
