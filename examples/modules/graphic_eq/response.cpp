@@ -7,21 +7,28 @@
 namespace equaliser {
 namespace {
 
-/// Bands that lie a quarter of a decade apart, and whose points of half the gain meet.
-const double quality = std::pow(10.0, 0.125) / (std::pow(10.0, 0.25) - 1);
+/// Bands lie a quarter of a decade apart, and neighbours meet where each has half its gain in dB.
+const double lowerEnd = std::pow(10.0, -0.125);
 
-/// Nearer to half the rate a bell is squeezed out of shape.
+/// There is no bell at half the rate.
 constexpr double highestShareOfRate = 0.45;
 
-/// A bell: its gain at the centre, 0 dB far away, and half the gain in dB at the ends of its bandwidth.
+/// Where a frequency lies for a filter by the trapezoidal rule, to which half the rate is infinity.
+double tuningOf(double hz, double sampleRate) {
+    return std::tan(std::numbers::pi * hz / sampleRate);
+}
+
+/// Its gain at the centre, and half of it at the lower end; the upper end is where half the rate leaves it.
 Band bell(double gainDb, double centreHz, double sampleRate) {
     if (gainDb == 0 || centreHz > highestShareOfRate * sampleRate) {
         return {};
     }
+    const double tuning = tuningOf(centreHz, sampleRate);
+    const double aboveLower = tuning / tuningOf(centreHz * lowerEnd, sampleRate);
     const double halfGain = std::pow(10.0, gainDb / 40);
-    const double damping = 1 / (quality * halfGain);
+    const double damping = (aboveLower - 1 / aboveLower) / halfGain;
     Band band;
-    band.tuning = static_cast<float>(std::tan(std::numbers::pi * centreHz / sampleRate));
+    band.tuning = static_cast<float>(tuning);
     band.damping = static_cast<float>(damping);
     band.share = static_cast<float>(damping * (halfGain * halfGain - 1));
     return band;

@@ -34,14 +34,23 @@ const Setting settings[] = {
 
 constexpr BandValues standardHz{31.5f, 56, 100, 180, 315, 560, 1000, 1800, 3150, 5600, 10000, 18000};
 
+/// The cookbook's alpha of a bell whose lower point of half the gain lies an eighth of a decade below its
+/// centre. The bilinear transform takes a frequency to the tangent of half its angle.
+double alphaOf(double centreHz, double rate) {
+    const auto analog = [rate](double hz) { return std::tan(pi * hz / rate); };
+    const double centre = analog(centreHz);
+    const double lower = analog(centreHz * std::pow(10.0, -0.125));
+    const double upper = centre * centre / lower;
+    const double quality = centre / (upper - lower);
+    return std::sin(2 * pi * centreHz / rate) / (2 * quality);
+}
+
 /// The peaking filter of the Audio EQ Cookbook (R. Bristow-Johnson) at a frequency, straight from its
 /// coefficients, in 64 bits.
 std::complex<double> bell(double gainDb, double centreHz, double hz, double rate) {
-    const double octaves = std::log2(std::pow(10.0, 0.25));
-    const double quality = 1 / (2 * std::sinh(std::numbers::ln2 / 2 * octaves));
     const double amplitude = std::pow(10.0, gainDb / 40);
     const double angle = 2 * pi * centreHz / rate;
-    const double alpha = std::sin(angle) / (2 * quality);
+    const double alpha = alphaOf(centreHz, rate);
     const std::complex<double> z1 = std::polar(1.0, -2 * pi * hz / rate);
     const std::complex<double> z2 = z1 * z1;
     const std::complex<double> above =
@@ -102,6 +111,31 @@ TEST_P(FrequencyResponse, IsThatOfItsBellsToATwentiethOfADecibel) {
             EXPECT_NEAR(measured, expected, 0.05) << setting.name << " at " << hz << " Hz";
         }
         RecordProperty(setting.name, std::to_string(worst));
+    }
+}
+
+double gainDbOf(const std::string& file, std::uint32_t rate, std::size_t band, float gainDb, double hz) {
+    PlayedEqualiser equaliser(file, rate);
+    BandValues gains{};
+    gains[band] = gainDb;
+    equaliser.setGains(gains);
+    Sound sound = silence(rate / 2);
+    sound[0][0] = 1;
+    equaliser.play(sound);
+    return levelDb(sound[0], hz, rate);
+}
+
+TEST(EqualiserBand, HasItsGainAtItsCentreAndHalfOfItHalfwayToTheNextLowerOne) {
+    const std::string file = equaliserFiles().front();
+    for (const std::uint32_t rate : {44100u, 192000u}) {
+        for (std::size_t band = 0; band < equaliserBands; ++band) {
+            for (const float gainDb : {9.0f, -9.0f}) {
+                SCOPED_TRACE(std::to_string(rate) + " Hz, band " + std::to_string(band));
+                EXPECT_NEAR(gainDbOf(file, rate, band, gainDb, standardHz[band]), gainDb, 0.05);
+                const double halfway = standardHz[band] * std::pow(10.0, -0.125);
+                EXPECT_NEAR(gainDbOf(file, rate, band, gainDb, halfway), gainDb / 2, 0.05);
+            }
+        }
     }
 }
 
