@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <numbers>
 #include <string>
 #include <vector>
@@ -67,9 +68,10 @@ struct Change {
 
 const Change changes[] = {
     {"all gains", [](auto& e) { e.setGains(one); }, [](auto& e) { e.setGains(other); }},
-    {"from nothing", [](auto&) {}, [](auto& e) { e.setGains(one); }},
+    {"from nothing", [](auto& e) { e.setGains({}); }, [](auto& e) { e.setGains(one); }},
     {"to nothing", [](auto& e) { e.setGains(one); }, [](auto& e) { e.setGains({}); }},
-    {"bypass", [](auto& e) { e.setGains(one), e.setOutputGain(6); }, [](auto& e) { e.setBypass(true); }},
+    {"bypass", [](auto& e) { e.setGains(one), e.setOutputGain(6), e.setBypass(false); },
+     [](auto& e) { e.setBypass(true); }},
     {"output gain", [](auto& e) { e.setOutputGain(-20); }, [](auto& e) { e.setOutputGain(20); }},
     {"centres", [](auto& e) { e.setGains(one); },
      [](auto& e) {
@@ -147,12 +149,14 @@ TEST_P(EqualiserChange, IsOverAfterTwentyMilliseconds) {
 }
 
 TEST_P(EqualiserChange, IsTheSameHoweverSoundIsCutIntoBlocks) {
-    const Sound sound = noise(6000);
+    Sound sound = noise(6000);
+    // Untouched or silenced, by whether something is still asked for there.
+    sound[2][1333 + glideFrames - 1] = sound[2][1333 + glideFrames] = std::numeric_limits<float>::quiet_NaN();
     for (const Change& change : changes) {
         SCOPED_TRACE(change.name);
         std::vector<Sound> results;
         for (const std::vector<std::uint32_t>& blockFrames :
-             {std::vector<std::uint32_t>{512}, {1}, {7, 63, 64, 65}}) {
+             {std::vector<std::uint32_t>{500}, {1}, {7, 63, 64, 65}}) {
             PlayedEqualiser equaliser(GetParam(), rate);
             change.before(equaliser);
             Sound begin = equaliser.played(part(sound, 0, 1000), blockFrames);
@@ -221,6 +225,16 @@ TEST_P(EqualiserChange, ToWhatHoldsAlreadyChangesNothing) {
     for (std::size_t plane = 0; plane < sound.size(); ++plane) {
         EXPECT_TRUE(sameBits(joined(begin[plane], end[plane]), expected[plane]));
     }
+}
+
+TEST_P(EqualiserChange, ToNothingFromNothingLeavesSoundUntouched) {
+    Sound sound = noise(2000);
+    sound[0][100] = std::numeric_limits<float>::infinity();
+    PlayedEqualiser equaliser(GetParam(), rate);
+    (void)equaliser.played(noise(100));
+    equaliser.setGains({});
+    equaliser.setBypass(true);
+    expectSameBits(equaliser.played(sound), sound);
 }
 
 TEST_P(EqualiserChange, OfABandThatRestedBeginsInSilence) {

@@ -59,12 +59,16 @@ TEST(EqualiserData, AreThoseOfTheEnginesBankOnly) {
     }
 }
 
-TEST(EqualiserData, AreServedOutsideOfInitializeToo) {
-    PlayedEqualiser equaliser;
+TEST(EqualiserData, AreServedBeforeInitializeAndAfterUninitialize) {
+    PlayedEqualiser equaliser(equaliserFiles().front(), 0);
+    EXPECT_EQ(equaliser.read<std::uint32_t>(KORVA_DATA_FRAME_COUNT), 0u);
+    EXPECT_EQ(equaliser.read<Levels>(KORVA_DATA_INPUT_METERS), Levels{});
+    switchMeters(equaliser, true);
+    ASSERT_TRUE(equaliser.initialize(formatOf(8, 48000), formatOf(8, 48000)));
     (void)equaliser.played(noise(100));
     equaliser.uninitialize();
     EXPECT_EQ(equaliser.read<std::uint32_t>(KORVA_DATA_FRAME_COUNT), 100u);
-    EXPECT_NE(equaliser.read<std::uint32_t>(KORVA_DATA_MODULE_VERSION), 0u);
+    EXPECT_GT(equaliser.read<Levels>(KORVA_DATA_INPUT_METERS)[0], 0.0f);
 }
 
 TEST(EqualiserData, CountFramesAndCycles) {
@@ -138,12 +142,18 @@ TEST(EqualiserMeters, ShowTheHighestLevelOfEachPlaneSinceTheLastLook) {
 TEST(EqualiserMeters, SkipWhatIsNoNumber) {
     PlayedEqualiser equaliser;
     switchMeters(equaliser, true);
-    for (const std::size_t strange : {0u, 3u, 5u, 6u}) {
-        Sound sound = silence(7);
-        sound[2] = {0.1f, 0.1f, 0.1f, 0.1f, 0.1f, 0.1f, 0.1f};
-        sound[2][strange] = std::numeric_limits<float>::quiet_NaN();
-        equaliser.play(sound);
-        EXPECT_EQ(equaliser.read<Levels>(KORVA_DATA_INPUT_METERS)[2], 0.1f) << strange;
+    constexpr std::size_t frames = 19;
+    for (std::size_t i = 0; i < frames * frames; ++i) {
+        const std::size_t highest = i / frames;
+        const std::size_t strange = i % frames;
+        if (highest != strange) {
+            Sound sound = silence(frames);
+            sound[2].assign(frames, 0.05f);
+            sound[2][highest] = -0.1f;
+            sound[2][strange] = std::numeric_limits<float>::quiet_NaN();
+            equaliser.play(sound);
+            EXPECT_EQ(equaliser.read<Levels>(KORVA_DATA_INPUT_METERS)[2], 0.1f) << highest << " " << strange;
+        }
     }
 }
 

@@ -79,9 +79,12 @@ TEST(EqualiserFormats, ThatWereChangedAreAcceptedTheNextTime) {
 }
 
 TEST(EqualiserFormats, MayBeAskedForInAnyState) {
-    PlayedEqualiser equaliser;
-    equaliser.uninitialize();
+    PlayedEqualiser equaliser(equaliserFiles().front(), 0);
     EngineFormat format = formatOf(2, 48000);
+    EXPECT_EQ(equaliser.testInput(format, none), KORVA_FORMAT_ACCEPTED);
+    ASSERT_TRUE(equaliser.initialize(format, format));
+    EXPECT_EQ(equaliser.testInput(format, none), KORVA_FORMAT_ACCEPTED);
+    equaliser.uninitialize();
     EXPECT_EQ(equaliser.testInput(format, none), KORVA_FORMAT_ACCEPTED);
 }
 

@@ -34,7 +34,7 @@ void expectSameBits(const Sound& actual, const Sound& expected);
 /// The module's files: the one that uses what the processor has, and the one that uses what all have.
 [[nodiscard]] std::vector<std::string> equaliserFiles();
 
-/// An instance. Unless a test says otherwise it is active, for 7.1 at 48 kHz.
+/// An instance. Unless a test says otherwise it is active, for 7.1 at 48 kHz; at a rate of 0 it isn't.
 class PlayedEqualiser {
 public:
     explicit PlayedEqualiser(const std::string& file = equaliserFiles().front(),
