@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "korva/module/realtime_watch/violations.h"
 #include "rt/kernels/kernels.h"
 #include "tests/rtsafe/process_combinations.h"
 #include "tests/rtsafe/watched_thread.h"
@@ -85,6 +86,10 @@ TEST(Watch, LetsAnEngineCalculateAndReadTheMonotonicClock) {
     EXPECT_TRUE(result.clean) << result.violation;
 }
 
+TEST(Watch, IsOfAProgramThatHasTheWatchedFunctions) {
+    EXPECT_TRUE(tool::functionsAreWatched());
+}
+
 TEST(Watch, NamesAnAllocation) {
     std::vector<int> growing;
     void* volatile memory = nullptr;
@@ -92,6 +97,9 @@ TEST(Watch, NamesAnAllocation) {
     EXPECT_EQ(runWithEngine([&] { growing.push_back(1); }).violation, "malloc");
     EXPECT_EQ(runWithEngine([&] { memory = std::calloc(1, 8); }).violation, "calloc");
     EXPECT_EQ(runWithEngine([&] { memory = std::aligned_alloc(64, 64); }).violation, "aligned_alloc");
+    void* aligned = nullptr;
+    EXPECT_EQ(runWithEngine([&] { static_cast<void>(posix_memalign(&aligned, 64, 64)); }).violation,
+              "posix_memalign");
 }
 
 TEST(Watch, NamesAChangeOfSizeAndARelease) {

@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "tests/rtsafe/violations.h"
+#include "korva/module/realtime_watch/violations.h"
 
 namespace korva::test {
 namespace {
@@ -24,18 +24,31 @@ struct SharedReport {
 };
 
 SharedReport* report = nullptr;
-thread_local bool watched = false;
 
 [[noreturn]] void endWith(Outcome outcome) noexcept {
     report->outcome = outcome;
     _exit(0);
 }
 
+void leaveName(const char* name) noexcept {
+    for (std::size_t i = 0; i + 1 < sizeof(report->name) && name[i] != '\0'; ++i) {
+        report->name[i] = name[i];
+    }
+}
+
+void endWithViolation(const tool::Violation& violation) noexcept {
+    if (violation.function == nullptr) {
+        report->systemCall = violation.systemCall;
+        endWith(Outcome::systemCall);
+    }
+    leaveName(violation.function);
+    endWith(Outcome::violation);
+}
+
 void watch(const std::function<void()>& call) noexcept {
-    if (!trapSystemCallsOfThisThread()) {
+    if (!tool::watchThisThread(endWithViolation)) {
         endWith(Outcome::noFilter);
     }
-    watchThisThread();
     call();
     // Not by returning: the thread's end would already be a system call.
     endWith(Outcome::clean);
@@ -62,25 +75,6 @@ std::string describe(const SharedReport& shared) {
 }
 
 }  // namespace
-
-void watchThisThread() noexcept {
-    watched = true;
-}
-
-void forbidOnWatchedThread(const char* name) noexcept {
-    if (!watched) {
-        return;
-    }
-    for (std::size_t i = 0; i + 1 < sizeof(report->name) && name[i] != '\0'; ++i) {
-        report->name[i] = name[i];
-    }
-    endWith(Outcome::violation);
-}
-
-void forbidSystemCallOnWatchedThread(int number) noexcept {
-    report->systemCall = number;
-    endWith(Outcome::systemCall);
-}
 
 void noteProgress(int number) noexcept {
     report->progress = number;

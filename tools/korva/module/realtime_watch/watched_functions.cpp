@@ -4,22 +4,48 @@
 #include <pthread.h>
 #include <semaphore.h>
 
+#include <atomic>
+#include <cerrno>
 #include <cstddef>
 #include <typeinfo>
 
-#include "tests/rtsafe/violations.h"
+#include "korva/module/realtime_watch/violations.h"
 
 namespace {
 
-using korva::test::forbidOnWatchedThread;
+using korva::tool::forbidOnWatchedThread;
 
-/// The runtime's function of that name. Looked up at each call, as some are needed before any initialiser
-/// has run; tests don't call them often.
+/// The runtime's function of a name, which it looks up once.
 template <typename Function>
-Function* next(const char* name, const char* version = nullptr) {
-    void* const found = version != nullptr ? dlvsym(RTLD_NEXT, name, version) : dlsym(RTLD_NEXT, name);
-    return reinterpret_cast<Function*>(found);
-}
+class Next {
+public:
+    constexpr explicit Next(const char* functionName, const char* functionVersion = nullptr)
+        : name(functionName), version(functionVersion) {}
+
+    Function* operator()() {
+        void* known = found.load(std::memory_order_relaxed);  // One address, whoever stores it.
+        if (known == nullptr) {
+            known = version != nullptr ? dlvsym(RTLD_NEXT, name, version) : dlsym(RTLD_NEXT, name);
+            found.store(known, std::memory_order_relaxed);
+        }
+        return reinterpret_cast<Function*>(known);
+    }
+
+private:
+    const char* name;
+    const char* version;
+    std::atomic<void*> found{nullptr};
+};
+
+// Constant-initialised: some are needed before any initialiser has run.
+constinit Next<int(pthread_mutex_t*)> nextMutexLock("pthread_mutex_lock");
+constinit Next<int(pthread_mutex_t*)> nextMutexTryLock("pthread_mutex_trylock");
+constinit Next<int(pthread_rwlock_t*)> nextReadLock("pthread_rwlock_rdlock");
+constinit Next<int(pthread_rwlock_t*)> nextWriteLock("pthread_rwlock_wrlock");
+constinit Next<int(pthread_cond_t*, pthread_mutex_t*)> nextConditionWait("pthread_cond_wait", "GLIBC_2.3.2");
+constinit Next<int(sem_t*)> nextSemaphoreWait("sem_wait");
+constinit Next<void*(std::size_t)> nextAllocateException("__cxa_allocate_exception");
+constinit Next<void(void*, std::type_info*, void (*)(void*))> nextThrow("__cxa_throw");
 
 }  // namespace
 
@@ -27,7 +53,7 @@ Function* next(const char* name, const char* version = nullptr) {
 // NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming)
 #define KORVA_WATCHED extern "C" [[gnu::visibility("default")]]
 
-// The lookup itself allocates, so these four go by the other names that the C library gives them.
+// The lookup itself allocates, so these go by the other names that the C library gives them.
 extern "C" {
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);
@@ -56,6 +82,12 @@ KORVA_WATCHED void* aligned_alloc(std::size_t alignment, std::size_t size) noexc
     return __libc_memalign(alignment, size);
 }
 
+KORVA_WATCHED int posix_memalign(void** memory, std::size_t alignment, std::size_t size) noexcept {
+    forbidOnWatchedThread("posix_memalign");
+    *memory = __libc_memalign(alignment, size);
+    return *memory == nullptr ? ENOMEM : 0;
+}
+
 KORVA_WATCHED void free(void* memory) noexcept {
     forbidOnWatchedThread("free");
     __libc_free(memory);
@@ -63,42 +95,42 @@ KORVA_WATCHED void free(void* memory) noexcept {
 
 KORVA_WATCHED int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
     forbidOnWatchedThread("pthread_mutex_lock");
-    return next<int(pthread_mutex_t*)>("pthread_mutex_lock")(mutex);
+    return nextMutexLock()(mutex);
 }
 
 KORVA_WATCHED int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
     forbidOnWatchedThread("pthread_mutex_trylock");
-    return next<int(pthread_mutex_t*)>("pthread_mutex_trylock")(mutex);
+    return nextMutexTryLock()(mutex);
 }
 
 KORVA_WATCHED int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept {
     forbidOnWatchedThread("pthread_rwlock_rdlock");
-    return next<int(pthread_rwlock_t*)>("pthread_rwlock_rdlock")(lock);
+    return nextReadLock()(lock);
 }
 
 KORVA_WATCHED int pthread_rwlock_wrlock(pthread_rwlock_t* lock) noexcept {
     forbidOnWatchedThread("pthread_rwlock_wrlock");
-    return next<int(pthread_rwlock_t*)>("pthread_rwlock_wrlock")(lock);
+    return nextWriteLock()(lock);
 }
 
 KORVA_WATCHED int pthread_cond_wait(pthread_cond_t* cond, pthread_mutex_t* mutex) {
     forbidOnWatchedThread("pthread_cond_wait");
-    return next<int(pthread_cond_t*, pthread_mutex_t*)>("pthread_cond_wait", "GLIBC_2.3.2")(cond, mutex);
+    return nextConditionWait()(cond, mutex);
 }
 
 KORVA_WATCHED int sem_wait(sem_t* sem) {
     forbidOnWatchedThread("sem_wait");
-    return next<int(sem_t*)>("sem_wait")(sem);
+    return nextSemaphoreWait()(sem);
 }
 
 KORVA_WATCHED void* __cxa_allocate_exception(std::size_t size) noexcept {
     forbidOnWatchedThread("__cxa_allocate_exception");
-    return next<void*(std::size_t)>("__cxa_allocate_exception")(size);
+    return nextAllocateException()(size);
 }
 
 KORVA_WATCHED void __cxa_throw(void* exception, std::type_info* type, void (*destroy)(void*)) {
     forbidOnWatchedThread("__cxa_throw");
-    next<void(void*, std::type_info*, void (*)(void*))>("__cxa_throw")(exception, type, destroy);
+    nextThrow()(exception, type, destroy);
     __builtin_unreachable();
 }
 // NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)

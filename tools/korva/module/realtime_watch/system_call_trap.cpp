@@ -13,9 +13,9 @@
 #include <fstream>
 #include <string>
 
-#include "tests/rtsafe/violations.h"
+#include "korva/module/realtime_watch/violations.h"
 
-namespace korva::test {
+namespace korva::tool {
 namespace {
 
 void onTrap(int, siginfo_t* info, void*) {
@@ -68,4 +68,4 @@ bool trapSystemCallsOfThisThread() noexcept {
            syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, 0, &filter) == 0;
 }
 
-}  // namespace korva::test
+}  // namespace korva::tool
