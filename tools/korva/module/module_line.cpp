@@ -1,10 +1,13 @@
-// How `korva module` reads on the command line, and what it does.
+// How `korva module ...` reads on the command line.
 #include <CLI/CLI.hpp>
 
 #include <memory>
+#include <random>
 #include <string>
 
 #include "korva/command.h"
+#include "korva/errors.h"
+#include "korva/module/module_check.h"
 #include "korva/module/module_info.h"
 #include "korva/standard_streams.h"
 
@@ -36,12 +39,54 @@ void addInfo(CLI::App& group, Commands& commands) {
     commands.push_back({info, [options] { return runInfo(*options); }});
 }
 
+constexpr const char* examples =
+    "A DSP module is a shared library; docs/modules.md explains how one is written.\n"
+    "\n"
+    "Examples:\n"
+    "  korva module info ./effect.so\n"
+    "  korva module check ./effect.so\n"
+    "  korva module check ./effect.so --only bounds,realtime --seed 7\n";
+
+void addCheck(CLI::App& group, Commands& commands) {
+    const auto options = std::make_shared<ModuleCheckOptions>();
+    CLI::App* const check = group.add_subcommand(
+        "check", "Put a module through a conformance run, a line a check; exit code 1 if one fails");
+    check->add_option("PATH", options->path, "The module's file")->type_name("");
+    check->add_option("--only", options->only, "Run these checks only, with commas between them")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("NAME[,NAME...]");
+    check->add_flag("--list", options->list, "Say what the checks are, and run none")
+        ->disable_flag_override();
+    const CLI::Option* const seed =
+        check->add_option("--seed", options->seed, "Begin of the random numbers, to repeat a run")
+            ->type_name("N");
+    const CLI::Option* const timeout =
+        check->add_option("--timeout", options->timeoutSeconds, "What a check may take")
+            ->capture_default_str()
+            ->check(CLI::Range(0.001, 86'400.0))
+            ->type_name("SECONDS");
+    check->add_flag("--json", options->json, "Print one JSON value")->disable_flag_override();
+    commands.push_back({check, [options, seed, timeout] {
+                            if (options->path.empty() && !options->list) {
+                                fail("PATH is required; see 'korva module check --help'");
+                            }
+                            if (seed->count() == 0) {
+                                options->seed = std::random_device{}();
+                            }
+                            options->hasOwnTimeout = timeout->count() > 0;
+                            return runModuleCheck(*options);
+                        }});
+}
+
 }  // namespace
 
 void addModule(CLI::App& line, Commands& commands) {
-    CLI::App* const group = line.add_subcommand("module", "Look at a DSP module");
+    CLI::App* const group = line.add_subcommand("module", "Look at a DSP module, and try it");
     group->require_subcommand(1);
+    group->footer(examples);
     addInfo(*group, commands);
+    addCheck(*group, commands);
 }
 
 }  // namespace korva::tool

@@ -1,0 +1,9 @@
+// Fades by the block, not by the frame.
+#include "honest_module.h"
+
+void effectPlane(Effect* effect, int plane, float* samples, uint32_t frames) {
+    for (uint32_t i = 0; i < frames; ++i) {
+        samples[i] *= 0.5F + 0.5F * effect->memory[plane];
+    }
+    effect->memory[plane] = 0.5F * effect->memory[plane] + 0.25F;
+}

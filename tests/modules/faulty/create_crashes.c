@@ -1,0 +1,10 @@
+// Reads through a null pointer when it makes an instance.
+#include "honest_module.h"
+
+static int* volatile nothing;
+
+DspInstance* ZRDSPAPI_Create(const char* text, uint32_t length) {
+    (void)text, (void)length;
+    *nothing = 1;
+    return 0;
+}

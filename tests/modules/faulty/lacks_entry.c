@@ -1,0 +1,10 @@
+// Leaves an entry of the table empty.
+#include "honest_module.h"
+
+const DspInstanceTable effectTable = {
+    .unused = {doNothing, doNothing, doNothing, doNothing, doNothing, 0, doNothing, doNothing, doNothing,
+               doNothing, doNothing},
+    .process = effectProcess,
+    .capture = effectProcess,
+    .isHardwareAvailable = hasNoHardware,
+};

@@ -1,0 +1,16 @@
+// Loses memory each time that it is made ready.
+#include <stdlib.h>
+
+#include "honest_module.h"
+
+static void* volatile lost;
+
+uint8_t ZRDSPAPI_Initialize(DspInstance* instance, EngineFormat* in, EngineFormat* out,
+                            EngineFormat* capture) {
+    (void)capture;
+    Effect* const effect = (Effect*)instance;
+    effect->inPlanes = planesOfFormat(in);
+    effect->outPlanes = planesOfFormat(out);
+    lost = malloc(1000);
+    return lost != NULL;
+}
