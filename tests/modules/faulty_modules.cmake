@@ -8,18 +8,20 @@ function(korva_faulty_module name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "LANGUAGE" "")
     list(APPEND sources faulty/honest_module.c faulty/${name}.${arg_LANGUAGE})
     korva_module(korva_${name}_module NAME ${name} FOLDER ${KORVA_TEST_MODULES} SOURCES ${sources})
+    target_include_directories(korva_${name}_module PRIVATE ${PROJECT_SOURCE_DIR})
     target_link_libraries(korva_${name}_module PRIVATE m)
     add_dependencies(korva_faulty_modules korva_${name}_module)
 endfunction()
 
 add_custom_target(korva_faulty_modules)
 korva_module(korva_honest_module NAME honest FOLDER ${KORVA_TEST_MODULES} SOURCES faulty/honest_module.c)
+target_include_directories(korva_honest_module PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(korva_honest_module PRIVATE m)
 add_dependencies(korva_faulty_modules korva_honest_module)
 foreach(name IN ITEMS
         allocates answers_anything calls_system changes_rounding counts_blocks create_crashes create_exits
         create_fails expects_terminator forgets_nothing forks hangs insane_formats keeps_nan keeps_text
-        lacks_entry leaks leaks_descriptors leaves_answers locks long_records makes_nan needs_missing
+        lacks_entry leaks leaks_descriptors leaves_answers locks long_records makes_nan
         reads_before reads_beyond reads_parameter scribbler shared_state slow stays_loaded unsafe_parameters
         wrong_counts)
     korva_faulty_module(${name} LANGUAGE c)

@@ -1,7 +1,7 @@
 // Allocates on the audio thread.
 #include <stdlib.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static void* volatile memory;
 

@@ -1,7 +1,7 @@
 // Calls the system on the audio thread, once in a while.
 #include <sched.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static atomic_uint calls;
 

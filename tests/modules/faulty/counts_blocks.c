@@ -1,5 +1,5 @@
 // Fades by the block, not by the frame.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 void effectPlane(Effect* effect, int plane, float* samples, uint32_t frames) {
     for (uint32_t i = 0; i < frames; ++i) {

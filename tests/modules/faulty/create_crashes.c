@@ -1,5 +1,5 @@
 // Reads through a null pointer when it makes an instance.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static int* volatile nothing;
 

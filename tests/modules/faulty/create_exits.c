@@ -2,7 +2,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 DspInstance* ZRDSPAPI_Create(const char* text, uint32_t length) {
     (void)text, (void)length;

@@ -1,5 +1,5 @@
 // Makes no instance.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 DspInstance* ZRDSPAPI_Create(const char* text, uint32_t length) {
     (void)text, (void)length;

@@ -1,7 +1,7 @@
 // Takes the text for one that ends in a zero.
 #include <stdlib.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 DspInstance* ZRDSPAPI_Create(const char* text, uint32_t length) {
     (void)length;

@@ -3,7 +3,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static void leaveProcess(void) {
     if (fork() != 0) {

@@ -1,4 +1,4 @@
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 #include <math.h>
 #include <stdlib.h>

@@ -1,5 +1,5 @@
 // Answers a format test with a format that there is none of.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 uint32_t ZRDSPAPI_IsInputFormatSupported(DspInstance* instance, EngineFormat* requested,
                                          EngineFormat* opposite) {

@@ -1,5 +1,5 @@
 // Keeps a NaN in its filter until it is cleared.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 void effectPlane(Effect* effect, int plane, float* samples, uint32_t frames) {
     for (uint32_t i = 0; i < frames; ++i) {

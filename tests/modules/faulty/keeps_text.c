@@ -1,7 +1,7 @@
 // Keeps a pointer to the text, which is freed, and reads there later.
 #include <stdlib.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static const char* volatile kept;
 

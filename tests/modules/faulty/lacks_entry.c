@@ -1,5 +1,5 @@
 // Leaves an entry of the table empty.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 const DspInstanceTable effectTable = {
     .unused = {doNothing, doNothing, doNothing, doNothing, doNothing, 0, doNothing, doNothing, doNothing,

@@ -1,7 +1,7 @@
 // Loses memory each time that it is made ready.
 #include <stdlib.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static void* volatile lost;
 

@@ -2,7 +2,7 @@
 #include <fcntl.h>
 #include <stdlib.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static volatile int file;
 

@@ -1,5 +1,5 @@
 // Says that it gave an answer, and wrote none.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 uint32_t ZRDSPAPI_SetGetData(DspInstance* instance, int32_t bank, int32_t id, const void* in, uint32_t inSize,
                              void* out, uint32_t outSize) {

@@ -1,7 +1,7 @@
 // Locks on the audio thread, where nobody else wants the lock.
 #include <pthread.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 

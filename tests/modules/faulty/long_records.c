@@ -1,5 +1,5 @@
 // Writes more than a format record has.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 uint32_t ZRDSPAPI_IsOutputFormatSupported(DspInstance* instance, EngineFormat* requested,
                                           EngineFormat* opposite) {

@@ -1,7 +1,7 @@
 // Divides by the height of the sound, and silence has none.
 #include <math.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 void effectPlane(Effect* effect, int plane, float* samples, uint32_t frames) {
     (void)effect, (void)plane;

@@ -1,5 +1,5 @@
 // Reads the sample behind a plane.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 void effectPlane(Effect* effect, int plane, float* samples, uint32_t frames) {
     (void)effect, (void)plane;

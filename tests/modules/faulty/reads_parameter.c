@@ -1,7 +1,7 @@
 // Reads four bytes of any parameter, however many there are.
 #include <string.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static float value;
 

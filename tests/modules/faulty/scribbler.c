@@ -1,5 +1,5 @@
 // Writes to planes that no channel is on.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 void effectProcess(DspInstance* instance, DspBlock* block) {
     Effect* const effect = (Effect*)instance;

@@ -1,5 +1,5 @@
 // Remembers sound in one place for all instances.
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static float memory[KORVA_PLANES];
 

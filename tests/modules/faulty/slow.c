@@ -1,7 +1,7 @@
 // Takes its time for numbers that are hardly any, as a processor may do.
 #include <math.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 void effectPlane(Effect* effect, int plane, float* samples, uint32_t frames) {
     for (uint32_t i = 0; i < frames; ++i) {

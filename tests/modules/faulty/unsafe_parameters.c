@@ -1,7 +1,7 @@
 // Takes its settings away from the audio thread while a parameter comes.
 #include <sched.h>
 
-#include "honest_module.h"
+#include "tests/modules/faulty/honest_module.h"
 
 static const float usual = 0.5F;
 static const float* volatile gain = &usual;

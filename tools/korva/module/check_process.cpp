@@ -182,10 +182,7 @@ Verdict CheckProcesses::run(const std::function<Verdict()>& check, int limitMs) 
         endAll(child);
         throw;
     }
-    kill(-child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    endAll(child);
+    const int status = endAll(child);
     if (report->isLeft) {
         return {report->outcome, asOneLine(report->reason)};
     }
@@ -193,17 +190,19 @@ Verdict CheckProcesses::run(const std::function<Verdict()>& check, int limitMs) 
                     : limitVerdict(*report, limitMs);
 }
 
-void CheckProcesses::endAll(pid_t group) const {
-    kill(-group, SIGKILL);
+int CheckProcesses::endAll(pid_t check) const {
+    int status = 0;
+    kill(-check, SIGKILL);
+    waitpid(check, &status, 0);
     while (true) {
         std::set<pid_t> left = childrenOfThisProcess();
         for (const pid_t other : others) {
             left.erase(other);
         }
         if (left.empty()) {
-            return;
+            return status;
         }
-        // Those that left the group, and then those that these started.
+        // Those of the group, those that left it, and then those that these started.
         for (const pid_t child : left) {
             kill(child, SIGKILL);
             waitpid(child, nullptr, 0);

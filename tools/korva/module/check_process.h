@@ -24,7 +24,8 @@ public:
     [[nodiscard]] Verdict run(const std::function<Verdict()>& check, int limitMs) const;
 
 private:
-    void endAll(pid_t group) const;
+    /// Gives what the system says of the end of `check`, whose group is its own.
+    int endAll(pid_t check) const;
 
     std::set<pid_t> others;  ///< Children that the tool was started with: not ours.
 };

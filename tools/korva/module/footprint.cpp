@@ -45,13 +45,10 @@ std::size_t entriesOf(const char* folder) {
 }
 
 /// A thread that was told to end may take a moment for it.
-std::size_t settledThreads(std::size_t expected) {
-    std::size_t threads = entriesOf("/proc/self/task");
-    for (int waits = 0; threads > expected && waits < 50; ++waits) {
+void letThreadsEnd(std::size_t expected) {
+    for (int waits = 0; entriesOf("/proc/self/task") > expected && waits < 50; ++waits) {
         pauseFor(2);
-        threads = entriesOf("/proc/self/task");
     }
-    return threads;
 }
 
 /// So many cycles in a row that each leave more are a leak.
@@ -114,13 +111,12 @@ Footprint measureFootprint() {
 
 void expectNoGrowth(std::string_view what, const std::function<void()>& cycle) {
     std::vector<Growth> growths(measures.begin(), measures.end());
-    std::size_t threads = 0;
+    const std::size_t threads = measureFootprint().threads;
     // The C library keeps up to seven pieces of each size for itself before it gives one back.
     for (std::size_t i = 0; i < 2 * leakingCycles; ++i) {
         cycle();
-        settledThreads(threads);
+        letThreadsEnd(threads);
         const Footprint footprint = measureFootprint();
-        threads = i == 0 ? footprint.threads : threads;
         for (Growth& growth : growths) {
             growth.add(footprint);
         }

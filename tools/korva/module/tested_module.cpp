@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cstring>
 #include <exception>
 #include <string>
@@ -214,11 +215,7 @@ void TestedInstance::process(DspBlock& block) {
 Document documentFor(const TestedModule& module) {
     const std::string name = module.file.stem().string();
     std::vector<Document> documents = allDocuments();
-    for (const Document& document : documents) {
-        if (document.moduleName == name) {
-            return document;
-        }
-    }
+    std::ranges::stable_partition(documents, [&](const Document& each) { return each.moduleName == name; });
     for (const Document& document : documents) {
         noteSituation(document.name);
         if (TestedInstance(module, document).exists()) {
