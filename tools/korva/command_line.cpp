@@ -52,7 +52,6 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addCatalogue(line, commands);
     addModule(line, commands);
     addRegistry(line, commands);
-    addModule(line, commands);
     try {
         line.parse(argumentCount, arguments);
     } catch (const CLI::CallForHelp&) {

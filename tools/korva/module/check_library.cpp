@@ -19,8 +19,8 @@ namespace {
 constexpr std::array<std::string_view, 3> needed = {"ZRDSPAPI_Create", "ZRDSPAPI_Free", "ZRDSPAPI_Process"};
 
 /// Those without which the host does the same so far.
-constexpr std::array<std::string_view, 4> spare = {"ZRDSPAPI_IsCaptureFormatSupported", "ZRDSPAPI_SetInputGain",
-                                                   "ZRDSPAPI_WakeUp", "ZRDSPAPI_Capture"};
+constexpr std::array<std::string_view, 4> spare = {
+    "ZRDSPAPI_IsCaptureFormatSupported", "ZRDSPAPI_SetInputGain", "ZRDSPAPI_WakeUp", "ZRDSPAPI_Capture"};
 
 Outcome outcomeWithout(std::string_view name) {
     if (std::ranges::find(needed, name) != needed.end()) {
@@ -64,8 +64,8 @@ Verdict checkExports(const CheckSetting& setting) {
     for (const ModuleExport& wanted : moduleExports()) {
         if (module.library.find(wanted.name) == nullptr) {
             verdict.outcome = std::max(verdict.outcome, outcomeWithout(wanted.name));
-            verdict.reason += fmt::format("{}{} ({})", verdict.reason.empty() ? "lacks " : ", ", wanted.name,
-                                          wanted.cost);
+            verdict.reason +=
+                fmt::format("{}{} ({})", verdict.reason.empty() ? "lacks " : ", ", wanted.name, wanted.cost);
         }
     }
     return verdict;
