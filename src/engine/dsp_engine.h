@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -113,6 +114,7 @@ private:
     template <class Result, class... Parameters>
     Result callModule(Result (*function)(DspInstance*, Parameters...),
                       std::type_identity_t<Parameters>... arguments) {
+        assert(isOwnerThread());
         if (instance == nullptr || function == nullptr) {
             return Result();
         }
