@@ -66,6 +66,18 @@ void Connection::run(const char* sql) {
     require(get(), sqlite3_exec(get(), sql, nullptr, nullptr, nullptr));
 }
 
+void Connection::runWhenFree(const char* sql) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    for (;;) {
+        const int code = sqlite3_exec(get(), sql, nullptr, nullptr, nullptr);
+        if ((code & 0xFF) != SQLITE_BUSY || std::chrono::steady_clock::now() >= end) {
+            require(get(), code);
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
 std::int64_t Connection::number(const char* sql) {
     Statement statement(get(), sql);
     Run run(statement);

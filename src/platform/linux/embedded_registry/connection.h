@@ -27,6 +27,9 @@ public:
 
     /// Waits at most 5 s for other processes, like everything that is run on this connection.
     void run(const char* sql);
+    /// The same for what SQLite refuses at once, instead of waiting, while another connection is at it.
+    /// [blocks]
+    void runWhenFree(const char* sql);
     /// The first number that `sql` gives, 0 without any.
     [[nodiscard]] std::int64_t number(const char* sql);
 

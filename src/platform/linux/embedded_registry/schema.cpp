@@ -61,7 +61,8 @@ void prepareFile(Connection& connection) {
         throw Failure{refusal};
     }
     if (!connection.isReadOnly()) {
-        connection.run("PRAGMA journal_mode = WAL");
+        // Of several that make the file together, each asks for it.
+        connection.runWhenFree("PRAGMA journal_mode = WAL");
     }
     // A killed process loses nothing. What a power failure may take is whole changes, the last ones: `flush`.
     connection.run("PRAGMA synchronous = NORMAL");
