@@ -158,7 +158,8 @@ ZRDSPAPI_EXPORT uint32_t ZRDSPAPI_IsCaptureFormatSupported(DspInstance* instance
 
 /// Makes ready for sound: here memory is allocated that process will use. `capture` is all zero. Non-zero if
 /// it could; the host ignores it, and goes on to process: a module that couldn't leaves the planes as they
-/// are. Parameters come after it, before the first block. Each Initialize has its Uninitialize.
+/// are. Each Initialize has its Uninitialize. It begins as `ZRDSPAPI_Clear` leaves it, and all parameters
+/// come again after it, before the first block.
 ///
 /// The channel layout of a later stream may differ from `in` and `out` without another Initialize, as long as
 /// its rate is the same: a block's own counts hold.  [owner; created, not active]
@@ -188,21 +189,23 @@ enum {
     KORVA_PARAMETER_COPIED_32 = -32   ///< Unsigned; 0 until it is sent.
 };
 
-/// Takes over a parameter's bytes: `size` of them at `data`, null where `size` is 0. `index` is
-/// -1. All parameters come after Initialize, in their order, before the first block; single ones whenever
-/// they change, while process runs. A parameter or a size that the module doesn't know is ignored. The host
-/// ignores the result.  [owner; active]
+/// Takes over a parameter's bytes: `size` of them at `data`, null where `size` is 0. `index` is -1. After
+/// each Initialize all parameters come in their order, before the first block; later single ones whenever
+/// they change, while process runs. One that has no bytes by default, and was never set, doesn't come. A
+/// parameter or a size that the module doesn't know is ignored. The host ignores the result.  [owner; active]
 ZRDSPAPI_EXPORT uint32_t ZRDSPAPI_SetParameter(DspInstance* instance, int32_t bank, int32_t id, int32_t index,
                                                const void* data, uint32_t size);
 
 /// What the host asks of `ZRDSPAPI_SetGetData`, in bank -1.
 enum {
-    KORVA_DATA_MODULE_VERSION = -32,   ///< Out 4 bytes: the module's version, as it likes to count.
-    KORVA_DATA_CYCLE_COUNT = -33,      ///< Out 4 bytes: processor cycles of the last block, or none.
-    KORVA_DATA_FRAME_COUNT = -34,      ///< Out 4 bytes: frames processed; wraps.
-    KORVA_DATA_INPUT_METERS = -36,     ///< Out 32 bytes: 8 floats, the level of each plane as it came in.
-    KORVA_DATA_OUTPUT_METERS = -37,    ///< Out 32 bytes: 8 floats, the level of each plane as it left.
-    KORVA_DATA_METERS_ENABLED = -38,   ///< In 1 byte: 0 turns the meters off, 1 on.
+    KORVA_DATA_MODULE_VERSION = -32,  ///< Out 4 bytes: the module's version, as it likes to count.
+    KORVA_DATA_CYCLE_COUNT = -33,     ///< Out 4 bytes: processor cycles of the last block, or none.
+    KORVA_DATA_FRAME_COUNT = -34,     ///< Out 4 bytes: frames processed; wraps.
+    // Levels are linear, those of the time since they were last asked for or of now, as the module likes.
+    KORVA_DATA_INPUT_METERS = -36,    ///< Out 32 bytes: 8 floats, the level of each plane as it came in.
+    KORVA_DATA_OUTPUT_METERS = -37,   ///< Out 32 bytes: 8 floats, the level of each plane as it left.
+    KORVA_DATA_METERS_ENABLED = -38,  ///< In 1 byte: 0 turns the meters off, 1 on.
+    // Bytes of all parameters that came, known to the module or not, since the count was restarted.
     KORVA_DATA_PARAMETER_BYTES = -39,  ///< In 4 bytes, value 0: restarts the count. Out 4 bytes: the count.
     KORVA_DATA_BYTES_RECEIVED = -43,   ///< Out 12 bytes: `DspByteCount` of parameters that came.
     KORVA_DATA_BYTES_SENT = -44        ///< Out 12 bytes: `DspByteCount` of parameters passed on to hardware.
