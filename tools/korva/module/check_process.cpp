@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fstream>
@@ -156,6 +157,8 @@ Verdict limitVerdict(const CheckReport& report, int limitMs) {
 
 CheckProcesses::CheckProcesses() : others(childrenOfThisProcess()) {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
+    // Where it was ignored, nobody learns how a child ended.
+    signal(SIGCHLD, SIG_DFL);
 }
 
 CheckProcesses::~CheckProcesses() {

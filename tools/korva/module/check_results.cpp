@@ -6,6 +6,7 @@
 
 #include "korva/errors.h"
 #include "korva/json.h"
+#include "korva/module/module_check.h"
 
 namespace korva::tool {
 namespace {
@@ -42,7 +43,8 @@ std::string shellWord(const std::string& text) {
 }
 
 std::string commandAgain(const CheckRun& run, const CheckResult& result) {
-    const std::string timeout = run.hasOwnTimeout ? fmt::format(" --timeout {:g}", run.timeoutSeconds) : "";
+    const bool isUsual = run.timeoutSeconds == usualTimeoutSeconds;
+    const std::string timeout = isUsual ? "" : fmt::format(" --timeout {:g}", run.timeoutSeconds);
     return fmt::format("korva module check {} --only {} --seed {}{}", shellWord(run.path), result.check->name,
                        run.seed, timeout);
 }

@@ -20,8 +20,7 @@ struct CheckResult {
 struct CheckRun {
     std::string path{};  ///< As the user wrote it.
     std::uint32_t seed = 0;
-    double timeoutSeconds = 0;
-    bool hasOwnTimeout = false;
+    double timeoutSeconds = 0;  ///< For each check.
 };
 
 /// A line for each: "bounds  failed  touches ...".

@@ -64,7 +64,7 @@ private:
     /// Whether sound after it is finite without a Clear.
     bool playSpecial(const SpecialSound& special) {
         const std::string heard = firstNotFinite(playOnce(special.sound));
-        if (special.isFinite && !special.isLoud && !heard.empty()) {
+        if (special.isUsual && !heard.empty()) {
             failCheck("gives no number for {}: {} ({})", special.name, heard, scene.name());
         }
         static_cast<void>(playOnce(noise));

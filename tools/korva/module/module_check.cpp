@@ -97,7 +97,7 @@ int runModuleCheck(const ModuleCheckOptions& options) {
     expectKnown(options.only);
     // Throws for a path at which there is nothing to read. What is no module is for the checks to say.
     static_cast<void>(readLibraryFile(options.path));
-    const CheckRun run = {options.path, options.seed, options.timeoutSeconds, options.hasOwnTimeout};
+    const CheckRun run = {options.path, options.seed, options.timeoutSeconds};
     Conformance conformance(options);
     const std::vector<CheckResult>& results = conformance.run();
     printOutput(options.json ? resultsJson(run, results) : summaryText(run, results));

@@ -7,13 +7,15 @@
 
 namespace korva::tool {
 
+/// What a check may take, where nothing is said.
+inline constexpr double usualTimeoutSeconds = 20;
+
 /// As they stand on the command line.
 struct ModuleCheckOptions {
     std::string path{};
     std::vector<std::string> only{};  ///< Empty: all.
     std::uint32_t seed = 0;
-    double timeoutSeconds = 20;  ///< For each check.
-    bool hasOwnTimeout = false;
+    double timeoutSeconds = usualTimeoutSeconds;  ///< For each check.
     bool list = false;
     bool json = false;
 };

@@ -47,6 +47,16 @@ constexpr const char* examples =
     "  korva module check ./effect.so\n"
     "  korva module check ./effect.so --only bounds,realtime --seed 7\n";
 
+int runCheck(ModuleCheckOptions options, bool hasSeed) {
+    if (options.path.empty() && !options.list) {
+        fail("PATH is required; see 'korva module check --help'");
+    }
+    if (!hasSeed) {
+        options.seed = std::random_device{}();
+    }
+    return runModuleCheck(options);
+}
+
 void addCheck(CLI::App& group, Commands& commands) {
     const auto options = std::make_shared<ModuleCheckOptions>();
     CLI::App* const check = group.add_subcommand(
@@ -61,22 +71,12 @@ void addCheck(CLI::App& group, Commands& commands) {
     const CLI::Option* const seed =
         check->add_option("--seed", options->seed, "Begin of the random numbers, to repeat a run")
             ->type_name("N");
-    const CLI::Option* const timeout =
-        check->add_option("--timeout", options->timeoutSeconds, "What a check may take")
-            ->capture_default_str()
-            ->check(CLI::Range(0.001, 86'400.0))
-            ->type_name("SECONDS");
+    check->add_option("--timeout", options->timeoutSeconds, "What a check may take")
+        ->capture_default_str()
+        ->check(CLI::Range(0.001, 86'400.0))
+        ->type_name("SECONDS");
     check->add_flag("--json", options->json, "Print one JSON value")->disable_flag_override();
-    commands.push_back({check, [options, seed, timeout] {
-                            if (options->path.empty() && !options->list) {
-                                fail("PATH is required; see 'korva module check --help'");
-                            }
-                            if (seed->count() == 0) {
-                                options->seed = std::random_device{}();
-                            }
-                            options->hasOwnTimeout = timeout->count() > 0;
-                            return runModuleCheck(*options);
-                        }});
+    commands.push_back({check, [options, seed] { return runCheck(*options, seed->count() > 0); }});
 }
 
 }  // namespace

@@ -12,8 +12,7 @@ namespace korva::tool {
 struct SpecialSound {
     std::string name{};
     Sound sound{};
-    bool isFinite = true;
-    bool isLoud = false;  ///< Beyond what a module has to bring through as numbers.
+    bool isUsual = true;  ///< Up to full scale: what comes of it has to be numbers.
 };
 
 /// Sounds of `frames` on these planes.
