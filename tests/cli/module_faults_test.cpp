@@ -31,6 +31,7 @@ constexpr Fault faults[] = {
     {"changes_rounding", "signals", "failed", "other rules of arithmetic"},
     {"counts_blocks", "cuts", "failed",
      "blocks of 1 frame sound other than blocks of 512: frame 1 of plane 0"},
+    {"crashes_at_load", "load", "crashed", "Segmentation fault at 0x0 in the library's own start"},
     {"create_exits", "create", "crashed", "exit code 3 in ZRDSPAPI_Create"},
     {"create_fails", "create", "failed", "ZRDSPAPI_Create gives null for every document"},
     {"expects_terminator", "create", "failed",
