@@ -26,7 +26,7 @@ std::array<ForbiddenMemory, 512> forbidden;
 
 void copyText(std::string_view text, char* to, std::size_t capacity) noexcept {
     const std::size_t length = std::min(text.size(), capacity - 1);
-    std::copy_n(text.data(), length, to);
+    std::ranges::copy(text.substr(0, length), to);
     to[length] = '\0';
 }
 

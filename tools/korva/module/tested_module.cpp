@@ -82,7 +82,13 @@ TestedInstance::TestedInstance(const TestedModule& module, const Document& docum
 
 TestedInstance::~TestedInstance() {
     // After a failure the process of the check ends, and the module isn't asked for more.
-    if (instance != nullptr && api.Free != nullptr && std::uncaught_exceptions() == 0) {
+    if (instance == nullptr || std::uncaught_exceptions() != 0) {
+        return;
+    }
+    if (isActive) {
+        uninitialize();
+    }
+    if (api.Free != nullptr) {
         const NotedCall noted("ZRDSPAPI_Free");
         api.Free(instance);
     }
@@ -141,6 +147,7 @@ bool TestedInstance::initialize(const rt::EngineFormat& inFormat, const rt::Engi
     put(inFormat, in);
     put(outFormat, out);
     put({}, capture);
+    isActive = true;
     const NotedCall noted("ZRDSPAPI_Initialize");
     const bool could = api.Initialize(instance, recordIn(in), recordIn(out), recordIn(capture)) != 0;
     for (const GuardedMemory* const record : {&in, &out, &capture}) {
@@ -150,6 +157,7 @@ bool TestedInstance::initialize(const rt::EngineFormat& inFormat, const rt::Engi
 }
 
 void TestedInstance::uninitialize() {
+    isActive = false;
     if (api.Uninitialize != nullptr) {
         const NotedCall noted("ZRDSPAPI_Uninitialize");
         api.Uninitialize(instance);

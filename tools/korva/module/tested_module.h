@@ -30,6 +30,7 @@ class TestedInstance {
 public:
     /// The document's text can't be touched any more once the module has made the instance. Empty if it
     /// made none. Parameters come in memory of that kind.
+    /// An instance that is active is put to rest before it is freed.
     TestedInstance(const TestedModule& module, const Document& document,
                    GuardedMemory::Place parameterPlace = GuardedMemory::Place::loose);
     ~TestedInstance();
@@ -77,6 +78,7 @@ private:
     GuardedMemory capture;
     GuardedMemory parameter;
     DspInstance* instance = nullptr;
+    bool isActive = false;  ///< Between Initialize and Uninitialize.
 };
 
 /// The document that the host would use the module for; else the first that it makes an instance from. Throws
