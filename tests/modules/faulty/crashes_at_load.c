@@ -3,6 +3,6 @@
 
 static int* volatile nothing;
 
-__attribute__((constructor)) static void begin(void) {
+__attribute__((no_sanitize("undefined"))) __attribute__((constructor)) static void begin(void) {
     *nothing = 1;
 }

@@ -3,7 +3,7 @@
 
 static int* volatile nothing;
 
-DspInstance* ZRDSPAPI_Create(const char* text, uint32_t length) {
+__attribute__((no_sanitize("undefined"))) DspInstance* ZRDSPAPI_Create(const char* text, uint32_t length) {
     (void)text, (void)length;
     *nothing = 1;
     return 0;

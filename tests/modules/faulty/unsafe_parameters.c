@@ -6,7 +6,8 @@
 static const float usual = 0.5F;
 static const float* volatile gain = &usual;
 
-void effectPlane(Effect* effect, int plane, float* samples, uint32_t frames) {
+__attribute__((no_sanitize("undefined"))) void effectPlane(Effect* effect, int plane, float* samples,
+                                                           uint32_t frames) {
     for (uint32_t i = 0; i < frames; ++i) {
         samples[i] = *gain * lowPass(&effect->memory[plane], samples[i]);
     }
