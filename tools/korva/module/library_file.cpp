@@ -17,7 +17,6 @@ namespace korva::tool {
 namespace {
 
 struct CloseFile {
-    using pointer = int;
     int descriptor = -1;
     ~CloseFile() { close(descriptor); }
 };
