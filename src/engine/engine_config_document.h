@@ -19,7 +19,7 @@ namespace korva::engine {
 /// engine whose document equals that of a candidate is still the right one.  [any]
 class EngineConfigDocument : public framework::SharedCount<EngineConfigDocument> {
 public:
-    explicit EngineConfigDocument(nlohmann::json object);
+    explicit EngineConfigDocument(nlohmann::json value);
     ~EngineConfigDocument();
 
     [[nodiscard]] const nlohmann::json& json() const noexcept { return *object; }

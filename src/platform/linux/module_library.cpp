@@ -26,8 +26,8 @@ bool hasDrive(std::string_view name) noexcept {
 bool isPartOf(void* library, void* address) noexcept {
     link_map* map = nullptr;
     dl_find_object found;
-    return dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 && _dl_find_object(address, &found) == 0 &&
-           found.dlfo_link_map == map;
+    return dlinfo(library, RTLD_DI_LINKMAP, static_cast<void*>(&map)) == 0 &&
+           _dl_find_object(address, &found) == 0 && found.dlfo_link_map == map;
 }
 
 }  // namespace
