@@ -13,21 +13,22 @@
 ///
 /// Each comment ends in the thread that calls, and in the state that the instance is in then:
 ///
-///     [owner]    one thread of the host, the same for all the life of an instance. Another instance of the
-///     same
-///                module may have another owner that calls at the same time, so a module has no state in
-///                common.
+///     [owner]    one thread of the host, the same for all the life of an instance. Another instance of
+///                the module may have another owner that calls at the same time, so instances have no
+///                state in common.
 ///     [audio]    the thread that sound comes on. It may neither lock, allocate, wait nor call the system.
 ///     created    between Create and Free.
 ///     active     between Initialize and Uninitialize.
 ///
-/// The two threads call at the same time: SetParameter, SetGetData and WakeUp run while process does, and the
-/// module makes them safe against each other.
+/// The two threads call at the same time: SetParameter, SetGetData, WakeUp and the format tests run while
+/// process does, and the module makes them safe against each other.
 ///
 /// Pointers belong to the caller, and hold for the length of a call. The module copies what it keeps.
 ///
-/// Numbers are little-endian, samples 32-bit floats of which 1.0 is full scale. Functions have the platform's
-/// C calling convention and throw nothing.
+/// Numbers are little-endian, samples 32-bit floats of which 1.0 is full scale. A sample may be anything that
+/// fits into one, an infinity and what is no number among it. Functions have the platform's C calling
+/// convention, throw nothing, and leave the rules of the processor's arithmetic (rounding, denormals) as they
+/// found them.
 #pragma once
 
 #include <stdint.h>
@@ -67,24 +68,24 @@ typedef struct EngineFormat {
     int32_t channelCount;       ///< Channels in a frame of the stream.
     uint32_t sampleRate;        ///< Frames per second.
     uint8_t planeOfChannel[8];  ///< Plane of the n-th interleaved channel, 0 to 7.
-    uint8_t
-        speakerOfPlane[8];  ///< Number of the speaker's bit plus 1 of the last channel on a plane; 0: none.
+    uint8_t speakerOfPlane[8];  ///< Speaker of the last channel on a plane: its bit plus 1; 0: none.
 } EngineFormat;
 
 /// One block of sound, to be changed in place: 32 bytes.
 ///
 /// Planes that no input channel lands on are silence at the start of a call, as far as `frames` goes. The
-/// module leaves its result on the planes that the output format has channels on, and writes to none that
-/// neither side has a channel on. Planes are aligned to 64 bytes, and don't overlap. From `frames` to
-/// `maxFrames` a plane holds nothing: a module may write there, and reads nothing of use.
+/// module leaves its result on the planes that the output format has channels on, and silence where neither
+/// side has one; what remains on a plane that only the input has isn't heard. Planes are aligned to 64 bytes,
+/// and don't overlap. From `frames` to `maxFrames` a plane holds nothing: a module may write there, and reads
+/// nothing of use.
 typedef struct DspBlock {
     float* const* channels;  ///< `KORVA_PLANES` planes of `maxFrames` samples.
     uint32_t maxChannels;    ///< Always `KORVA_PLANES`.
     uint32_t maxFrames;      ///< Always `KORVA_BLOCK_FRAMES`.
     uint32_t inChannels;     ///< Channels of the input stream, at most 8: a count, which names no planes.
     uint32_t outChannels;    ///< Channels of the output stream, at most 8.
-    uint32_t frames;    ///< Samples of each plane that hold sound, 1 to `maxFrames`. Any number, each time.
-    uint32_t reserved;  ///< 0.
+    uint32_t frames;         ///< Samples of each plane that hold sound: 1 to `maxFrames`, any number.
+    uint32_t reserved;       ///< 0.
 } DspBlock;
 
 /// What `ZRDSPAPI_Create` gives: an object that begins with a pointer to this table. The module's own fields
@@ -129,12 +130,13 @@ typedef struct DspInstanceTable {
 ///     Hardware             true    on the hardware platform only
 ///     Simulation           true    on a simulated hardware platform only
 ///
-/// Gives null if it can't: the host then plays without an effect. Without this function nothing of a module
-/// is used.  [owner]
+/// Gives null if it can't: the host then goes on with the module of the float platform, and where this was
+/// that one plays without an effect. Without this function nothing of a module is used.  [owner]
 ZRDSPAPI_EXPORT DspInstance* ZRDSPAPI_Create(const char* text, uint32_t length);
 
-/// Ends an instance; no call follows, and the library is unloaded. The host ignores the result. Where it is
-/// missing, the instance leaks.  [owner; created, not active]
+/// Ends an instance with all that it has started, threads too: no call follows, and with its last instance
+/// the library is unloaded. The host ignores the result. Where it is missing, the instance leaks.  [owner;
+/// created, not active]
 ZRDSPAPI_EXPORT uint32_t ZRDSPAPI_Free(DspInstance* instance);
 
 /// What a format test answers. The host tests bit 0: a value that has it accepts with a change.
@@ -147,7 +149,7 @@ enum {
 /// Whether the module can work with `requested` on one side while `opposite` is on the other (all zero if
 /// that is not known yet). A module that accepts two sides that differ does the fold or the conversion
 /// itself: with a module in place the host doesn't. The rate must be the same on both sides for a stream to
-/// start. [owner; created, active or not]
+/// start.  [owner; created, active or not]
 ZRDSPAPI_EXPORT uint32_t ZRDSPAPI_IsInputFormatSupported(DspInstance* instance, EngineFormat* requested,
                                                          EngineFormat* opposite);
 ZRDSPAPI_EXPORT uint32_t ZRDSPAPI_IsOutputFormatSupported(DspInstance* instance, EngineFormat* requested,
@@ -159,18 +161,21 @@ ZRDSPAPI_EXPORT uint32_t ZRDSPAPI_IsCaptureFormatSupported(DspInstance* instance
 /// Makes ready for sound: here memory is allocated that process will use. `capture` is all zero. Non-zero if
 /// it could; the host ignores it, and goes on to process: a module that couldn't leaves the planes as they
 /// are. Each Initialize has its Uninitialize. It begins as `ZRDSPAPI_Clear` leaves it, and all parameters
-/// come again after it, before the first block.
+/// come again after it, before the first block. Where it is missing, process runs all the same.
 ///
+/// The formats may be ones that no test has asked about: the host makes instances while a stream runs, too.
 /// The channel layout of a later stream may differ from `in` and `out` without another Initialize, as long as
 /// its rate is the same: a block's own counts hold.  [owner; created, not active]
 ZRDSPAPI_EXPORT uint8_t ZRDSPAPI_Initialize(DspInstance* instance, EngineFormat* in, EngineFormat* out,
                                             EngineFormat* capture);
 
-/// The other end of `ZRDSPAPI_Initialize`. No process runs any more.  [owner; active]
+/// The other end of `ZRDSPAPI_Initialize`. No process runs any more. Where it is missing, a module takes the
+/// next Initialize for the end of the one before.  [owner; active]
 ZRDSPAPI_EXPORT void ZRDSPAPI_Uninitialize(DspInstance* instance);
 
 /// Forgets the sound that went by (`which` is -1: all of it), and keeps the parameters. Called before each
-/// stream, while no process runs; the instance may be one whose engine has been stopped.  [owner; created]
+/// stream, while no process runs. Where it is missing, what a module keeps of one stream is heard in the
+/// next.  [owner; created, active or not]
 ZRDSPAPI_EXPORT void ZRDSPAPI_Clear(DspInstance* instance, int32_t which);
 
 /// Banks of parameters: those that every engine has, and from 0 up those of the engine's parts.
@@ -192,7 +197,8 @@ enum {
 /// Takes over a parameter's bytes: `size` of them at `data`, null where `size` is 0. `index` is -1. After
 /// each Initialize all parameters come in their order, before the first block; later single ones whenever
 /// they change, while process runs. One that has no bytes by default, and was never set, doesn't come. A
-/// parameter or a size that the module doesn't know is ignored. The host ignores the result.  [owner; active]
+/// parameter or a size that the module doesn't know is ignored. The host ignores the result. Where it is
+/// missing, nothing can be set.  [owner; active]
 ZRDSPAPI_EXPORT uint32_t ZRDSPAPI_SetParameter(DspInstance* instance, int32_t bank, int32_t id, int32_t index,
                                                const void* data, uint32_t size);
 
@@ -226,10 +232,11 @@ typedef struct DspByteCount {
 ZRDSPAPI_EXPORT uint32_t ZRDSPAPI_SetGetData(DspInstance* instance, int32_t bank, int32_t id, const void* in,
                                              uint32_t inSize, void* out, uint32_t outSize);
 
-/// Says that a client of the endpoint has come. Nothing is expected of it.  [owner; created, active or not]
+/// Says that the endpoint has clients. Nothing is expected of it.  [owner; created, active or not]
 ZRDSPAPI_EXPORT void ZRDSPAPI_WakeUp(DspInstance* instance);
 
-/// Sets a gain ahead of everything. The host does not call it so far, and its unit is open.  [owner; created]
+/// Sets a gain ahead of everything. The host does not call it so far, and its unit is open.  [owner; created,
+/// active or not]
 ZRDSPAPI_EXPORT void ZRDSPAPI_SetInputGain(DspInstance* instance, float gain);
 
 /// That these two are there tells the host that entries 11 and 12 of the table may be called. The functions

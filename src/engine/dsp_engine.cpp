@@ -105,6 +105,7 @@ void DspEngine::onClose() {
 }
 
 bool DspEngine::isHardwareAvailable() {
+    assert(isOwnerThread());
     return instance != nullptr && instance->table->isHardwareAvailable(instance) != 0;
 }
 
