@@ -87,6 +87,34 @@ TEST(DspEngineLife, EndsAtTheLastHoldersDrop) {
     EXPECT_EQ(countOf("Free", recording), 1U);
 }
 
+/// What there was of an engine's module when `isAlive` changed.
+struct SeenEnd {
+    const Recording& recording;
+    const std::string file;
+    Names functions = {};
+    bool wasLoaded = false;
+
+    static void note(void* context, framework::ListenedTo&, framework::ActiveObject&, const void*, void*,
+                     const void*, framework::Reason) {
+        auto& seen = *static_cast<SeenEnd*>(context);
+        seen.functions = functionsOf(seen.recording.calls());
+        seen.wasLoaded = isLoaded(seen.file);
+    }
+};
+
+TEST(DspEngineLife, IsSeenToEndBehindFreeAndAheadOfTheLibrarysEnd) {
+    const Recording recording;
+    const OwnFolder folder;
+    SeenEnd seen{recording, folder.putLibrary(recorder, "module").string()};
+    const Ref<DspEngine> engine = createDspEngine(documentNaming({"module"}), folder.path());
+    engine->isAlive.subscribe(&seen, nullptr, &SeenEnd::note, framework::Position::last, false, false);
+
+    engine->close();
+
+    EXPECT_EQ(seen.functions, (Names{"Load", "Create", "Free"}));
+    EXPECT_TRUE(seen.wasLoaded);
+}
+
 TEST(DspEngineLife, EndsOnceThoughItIsClosedAgain) {
     const Recording recording;
     const OwnFolder folder;

@@ -156,6 +156,15 @@ TEST(DspEngineLoading, PutsANameWithAFolderUnderItsOwn) {
     EXPECT_FALSE(hostedEngine({"module"}, folder.path())->hasInstance());
 }
 
+TEST(DspEngineLoading, LooksInAFolderWhateverItsName) {
+    const OwnFolder folder;
+    const fs::path strange = folder.path() / fs::path(u8"H\u00f6rer \u97f3 \U0001F50A");
+    fs::create_directory(strange);
+    fs::copy_file(recorder, strange / ("module" + recorder.extension().string()));
+
+    EXPECT_TRUE(hostedEngine({"module"}, strange)->hasInstance());
+}
+
 TEST(DspEngineLoading, TakesANameWithARootAsItIs) {
     const Recording recording;
     const OwnFolder folder;

@@ -4,12 +4,14 @@
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <filesystem>
 #include <thread>
 #include <vector>
 
 #include "engine/dsp_engine.h"
 #include "tests/engine/hosted_engine.h"
 #include "tests/engine/planes.h"
+#include "tests/support/loaded_library.h"
 #include "tests/support/one_time_gate.h"
 #include "tests/support/own_folder.h"
 #include "tests/support/recorded_calls.h"
@@ -93,6 +95,36 @@ TEST(DspEngineThreads, CloseAnEngineBesideTheSoundOfAnotherOfItsModule) {
     }
 
     EXPECT_EQ(audio.finish(), 0);
+}
+
+/// An owner's engines: each is made, played and closed.
+void makeAndPlay(const std::filesystem::path& folder, int engines, std::atomic<int>& faults) {
+    for (int made = 0; made < engines; ++made) {
+        const Held<DspEngine> engine = test::hostedEngine({"module"}, folder);
+        const Planes planes(1.0F);
+        auto block = planes.block<rt::DspBlock>(512);
+        engine->SetParameter(4, 24, -1, -6.0F);
+        engine->Process(&block);
+        faults += engine->hasInstance() && planes.samples == Planes(0.5F).samples ? 0 : 1;
+    }
+}
+
+TEST(DspEngineThreads, ComeAndGoForTwoOwnersOfOneModuleAtOnce) {
+    constexpr int enginesEach = 50;
+    const test::OwnFolder folder;
+    const auto file = folder.putLibrary(KORVA_RECORDER_MODULE, "module");
+    std::atomic<int> faults{0};
+    test::OneTimeGate bothAreThere;
+    std::thread other([&] {
+        (void)bothAreThere.pass();
+        makeAndPlay(folder.path(), enginesEach, faults);
+    });
+    bothAreThere.open();
+    makeAndPlay(folder.path(), enginesEach, faults);
+    other.join();
+
+    EXPECT_EQ(faults.load(), 0);
+    EXPECT_FALSE(test::isLoaded(file.string()));
 }
 
 TEST(DspEngineThreads, HaveTheModulesCallsOnTheThreadThatMadeThem) {

@@ -165,6 +165,20 @@ TEST(LibraryPath, OfANameWithARootOrADriveIsNotPutUnderTheFolder) {
     }
 }
 
+TEST(LibraryPath, OfANameWithTheSystemsOwnSeparatorAheadIsNotPutUnderTheFolder) {
+    const std::string name = (fs::path("/") / "elsewhere" / "NAME").make_preferred().string();
+
+    EXPECT_EQ(libraryPath(fs::temp_directory_path(), name).native(), fs::path(name + suffix).native());
+}
+
+TEST(LibraryPath, OfANameBeyondAsciiIsThatOfTheFileThatNarrowTextNames) {
+    const OwnFolder folder;
+    const std::string name = "H\xF6rer";
+    { const std::ofstream file((folder.path().string() + "/" + name + suffix).c_str()); }
+
+    EXPECT_TRUE(fs::exists(libraryPath(folder.path(), name)));
+}
+
 TEST(LibraryPath, RaisesForANameLongerThan31Bits) {
     // Nobody reads behind the first bytes: there is nothing.
     const std::string_view tooLong("x", std::size_t{1} << 31);

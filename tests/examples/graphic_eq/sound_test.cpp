@@ -136,6 +136,19 @@ TEST_P(EqualisedSound, KeepsItsParametersFromOneInitializeToTheNext) {
     expectSameBits(equaliser.played(sound), once);
 }
 
+TEST_P(EqualisedSound, IsThatOfTheNewRateAfterAnInitialize) {
+    const Sound sound = noise(3000);
+    PlayedEqualiser fresh(GetParam(), 96000);
+    fresh.setGains(someGains);
+    PlayedEqualiser equaliser(GetParam(), 48000);
+    equaliser.setGains(someGains);
+    (void)equaliser.played(sound);
+
+    ASSERT_TRUE(equaliser.initialize(formatOf(8, 96000), formatOf(8, 96000)));
+
+    expectSameBits(equaliser.played(sound), fresh.played(sound));
+}
+
 TEST_P(EqualisedSound, IsTheSameOnEachPlane) {
     PlayedEqualiser equaliser(GetParam());
     equaliser.setGains(someGains);
@@ -238,9 +251,13 @@ TEST_P(EqualisedSound, ComesFromOneInstanceWithoutAnother) {
 
 TEST_P(EqualisedSound, PassesUntouchedIfTheFormatsDontFit) {
     PlayedEqualiser equaliser(GetParam());
-    EXPECT_FALSE(equaliser.initialize(formatOf(8, 48000), formatOf(2, 48000)));
     equaliser.setGains(someGains);
     const Sound sound = strangeSound(1000);
+    (void)equaliser.played(sound);
+    EXPECT_FALSE(equaliser.initialize(formatOf(8, 48000), formatOf(2, 48000)));
+    expectSameBits(equaliser.played(sound), sound);
+    equaliser.setGains({});
+    equaliser.setGains(someGains);
     expectSameBits(equaliser.played(sound), sound);
 }
 
