@@ -173,7 +173,8 @@ TEST(LibraryPath, OfANameWithTheSystemsOwnSeparatorAheadIsNotPutUnderTheFolder) 
 
 TEST(LibraryPath, OfANameBeyondAsciiIsThatOfTheFileThatNarrowTextNames) {
     const OwnFolder folder;
-    const std::string name = "H\xF6rer";
+    // Code pages agree on few bytes, and on this one least.
+    const std::string name = "a\x80z";
     { const std::ofstream file((folder.path().string() + "/" + name + suffix).c_str()); }
 
     EXPECT_TRUE(fs::exists(libraryPath(folder.path(), name)));
