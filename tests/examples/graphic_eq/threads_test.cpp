@@ -27,6 +27,9 @@ void meddle(PlayedEqualiser& equaliser, const std::atomic<bool>& isOver, std::at
         for (std::int32_t id = KORVA_DATA_BYTES_SENT; id <= KORVA_DATA_MODULE_VERSION; ++id) {
             equaliser.exchange(id, {}, out);
         }
+        EngineFormat format = formatOf(2, 44100);
+        equaliser.testInput(format, formatOf(8, 48000));
+        equaliser.testOutput(format, {});
         ++changes;
     }
 }
