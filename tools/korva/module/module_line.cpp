@@ -7,7 +7,7 @@
 
 #include "korva/command.h"
 #include "korva/errors.h"
-#include "korva/module/module_check.h"
+#include "korva/module/check/module_check.h"
 #include "korva/module/module_info.h"
 #include "korva/standard_streams.h"
 
