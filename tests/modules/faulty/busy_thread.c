@@ -35,8 +35,7 @@ uint8_t ZRDSPAPI_Initialize(DspInstance* instance, EngineFormat* in, EngineForma
                             EngineFormat* capture) {
     (void)capture;
     BusyEffect* const busy = (BusyEffect*)instance;
-    busy->effect.inPlanes = planesOfFormat(in);
-    busy->effect.outPlanes = planesOfFormat(out);
+    makeReady(&busy->effect, in, out);
     atomic_store(&busy->isAskedToEnd, 0);
     return pthread_create(&busy->thread, NULL, work, busy) == 0;
 }

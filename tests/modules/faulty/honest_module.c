@@ -14,6 +14,12 @@ unsigned planesOfFormat(const EngineFormat* format) {
     return planes;
 }
 
+void makeReady(Effect* effect, const EngineFormat* in, const EngineFormat* out) {
+    effect->inPlanes = planesOfFormat(in);
+    effect->outPlanes = planesOfFormat(out);
+    memset(effect->memory, 0, sizeof effect->memory);
+}
+
 float lowPass(float* memory, float sample) {
     const float size = fabsf(sample);
     const float usable = size > 1e-20F && size < 1e6F ? sample : 0.0F;
@@ -106,9 +112,7 @@ REPLACEABLE uint32_t ZRDSPAPI_IsCaptureFormatSupported(DspInstance* instance, En
 REPLACEABLE uint8_t ZRDSPAPI_Initialize(DspInstance* instance, EngineFormat* in, EngineFormat* out,
                                         EngineFormat* capture) {
     (void)capture;
-    Effect* const effect = (Effect*)instance;
-    effect->inPlanes = planesOfFormat(in);
-    effect->outPlanes = planesOfFormat(out);
+    makeReady((Effect*)instance, in, out);
     return 1;
 }
 

@@ -22,6 +22,9 @@ typedef struct Effect {
 /// The planes of a format's channels, as bits.
 unsigned planesOfFormat(const EngineFormat* format);
 
+/// Takes over the formats, and forgets what an earlier life has heard.
+void makeReady(Effect* effect, const EngineFormat* in, const EngineFormat* out);
+
 /// One sample, with what the plane remembers. Numbers that no sound needs are left out: NaN, infinities, and
 /// those that processors are slow with.
 float lowPass(float* memory, float sample);

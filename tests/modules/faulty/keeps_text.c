@@ -16,8 +16,6 @@ DspInstance* ZRDSPAPI_Create(const char* text, uint32_t length) {
 uint8_t ZRDSPAPI_Initialize(DspInstance* instance, EngineFormat* in, EngineFormat* out,
                             EngineFormat* capture) {
     (void)capture;
-    Effect* const effect = (Effect*)instance;
-    effect->inPlanes = planesOfFormat(in);
-    effect->outPlanes = planesOfFormat(out);
+    makeReady((Effect*)instance, in, out);
     return kept[0] == '{';
 }

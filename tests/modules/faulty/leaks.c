@@ -8,9 +8,7 @@ static void* volatile lost;
 uint8_t ZRDSPAPI_Initialize(DspInstance* instance, EngineFormat* in, EngineFormat* out,
                             EngineFormat* capture) {
     (void)capture;
-    Effect* const effect = (Effect*)instance;
-    effect->inPlanes = planesOfFormat(in);
-    effect->outPlanes = planesOfFormat(out);
+    makeReady((Effect*)instance, in, out);
     lost = malloc(1000);
     return lost != NULL;
 }

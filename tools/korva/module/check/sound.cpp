@@ -111,11 +111,15 @@ std::string Scene::name() const {
                        parameterSeed == defaultParameters ? "default" : "changed");
 }
 
-void begin(TestedInstance& instance, const Scene& scene) {
+void makeReady(TestedInstance& instance, const Scene& scene) {
     if (!instance.initialize(scene.in, scene.out)) {
         failCheck("ZRDSPAPI_Initialize answers 0 for {}", pairText(scene.in, scene.out));
     }
     sendParameters(instance, parametersOf(scene.document.engine, scene.parameterSeed));
+}
+
+void begin(TestedInstance& instance, const Scene& scene) {
+    makeReady(instance, scene);
     instance.clear();
 }
 

@@ -69,8 +69,10 @@ struct Scene {
     [[nodiscard]] std::string name() const;
 };
 
-/// Makes an instance ready for sound as the host does: Initialize, parameters, Clear. Throws `CheckFailed` if
-/// it couldn't.
+/// Initialize, and then all parameters. Throws `CheckFailed` if the instance couldn't.
+void makeReady(TestedInstance& instance, const Scene& scene);
+
+/// The same with the Clear that comes before a stream.
 void begin(TestedInstance& instance, const Scene& scene);
 
 /// Plays `sound` in cuts, and gives what is on the planes of the output. `bus` is used for it.  [audio]
