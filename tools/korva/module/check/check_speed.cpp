@@ -22,9 +22,9 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t soundFrames = 8 * KORVA_BLOCK_FRAMES;
 constexpr double slowest = 2;  ///< Times as long as noise takes.
 
-/// Below this share of the time that a block lasts nobody suffers. A single multiplication of each sample by
-/// a constant, where all are denormal, takes close to it on some processors.
-constexpr double allowedShare = 0.02;
+/// Up to this share of the time that a block lasts nobody suffers, and a slower sound is a warning. A single
+/// multiplication of each sample by a constant, where all are denormal, takes close to it on some processors.
+constexpr double bearableShare = 0.02;
 
 double soundNs(const rt::EngineFormat& format) {
     return 1e9 * rt::blockFrames / format.sampleRate;
@@ -47,16 +47,17 @@ public:
         begin(instance, scene);
     }
 
-    /// Throws `CheckFailed` where a sound takes too long each time that it is tried.
-    void expectFast(const SpecialSound& special) {
+    /// What is to be said of a sound that takes longer than noise each time that it is tried; empty for one
+    /// that doesn't. Throws `CheckFailed` where it takes too long to be borne.
+    std::string slownessOf(const SpecialSound& special) {
         noteSituation(fmt::format("{}, {}", special.name, scene.name()));
-        expectFast(special.name, [&] { return medianNs(special.sound, 4); });
+        return slownessOf(special.name, [&] { return medianNs(special.sound, 4); });
     }
 
-    /// What a filter does long after the sound has gone.
-    void expectFastTail() {
+    /// The same of what a filter does long after the sound has gone.
+    std::string slownessOfTail() {
         noteSituation(fmt::format("silence after sound, {}", scene.name()));
-        expectFast("silence after sound", [&] {
+        return slownessOf("silence after sound", [&] {
             static_cast<void>(medianNs(noise, 1));
             double worst = 0;
             for (int part = 0; part < 30; ++part) {
@@ -85,20 +86,25 @@ private:
     }
 
     template <class Measure>
-    void expectFast(const std::string& name, const Measure& measure) {
+    std::string slownessOf(const std::string& name, const Measure& measure) {
         constexpr int attempts = 5;
-        double usual = 0;
-        double special = 0;
+        bool isBearable = false;
+        std::string slowness;
         for (int attempt = 0; attempt < attempts; ++attempt) {
             instance.clear();
-            usual = medianNs(noise, 4);
-            special = measure();
-            if (special <= slowest * usual || special <= allowedShare * soundNs(scene.in)) {
-                return;
+            const double usual = medianNs(noise, 4);
+            const double special = measure();
+            if (special <= slowest * usual) {
+                return "";
             }
+            isBearable = isBearable || special <= bearableShare * soundNs(scene.in);
+            slowness = fmt::format("{}: a block takes {:.1f} us, and one of noise {:.1f} us ({})", name,
+                                   special / 1000, usual / 1000, scene.name());
         }
-        failCheck("{}: a block takes {:.0f} us, and one of noise {:.0f} us ({})", name, special / 1000,
-                  usual / 1000, scene.name());
+        if (!isBearable) {
+            failCheck("{}", slowness);
+        }
+        return slowness;
     }
 
     const Scene& scene;
@@ -108,21 +114,29 @@ private:
     Bus bus;
 };
 
+/// The first slowness of a scene, if there is one.
+std::string slownessIn(const TestedModule& module, const Scene& scene, std::uint32_t seed) {
+    std::string first;
+    for (const SpecialSound& special : specialSounds(planesOf(scene.in), soundFrames, seed)) {
+        const std::string slowness = SpeedRun(module, scene, seed).slownessOf(special);
+        first = first.empty() ? slowness : first;
+    }
+    const std::string slowness = SpeedRun(module, scene, seed).slownessOfTail();
+    return first.empty() ? slowness : first;
+}
+
 }  // namespace
 
 Verdict checkSpeed(const CheckSetting& setting) {
     const TestedModule module(setting.file);
+    std::string first;
     for (const Scene& scene : scenesFor(module, setting.seed)) {
-        if (scene.in != scene.out) {
-            continue;
+        if (scene.in == scene.out) {
+            const std::string slowness = slownessIn(module, scene, setting.seed);
+            first = first.empty() ? slowness : first;
         }
-        const unsigned planes = planesOf(scene.in);
-        for (const SpecialSound& special : specialSounds(planes, soundFrames, setting.seed)) {
-            SpeedRun(module, scene, setting.seed).expectFast(special);
-        }
-        SpeedRun(module, scene, setting.seed).expectFastTail();
     }
-    return {};
+    return first.empty() ? Verdict{} : Verdict{Outcome::warning, first};
 }
 
 }  // namespace korva::tool
