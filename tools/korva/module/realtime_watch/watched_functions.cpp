@@ -3,6 +3,8 @@
 #include <dlfcn.h>
 #include <pthread.h>
 #include <semaphore.h>
+#include <threads.h>
+#include <time.h>
 
 #include <atomic>
 #include <cerrno>
@@ -25,7 +27,8 @@ public:
     Function* operator()() {
         void* known = found.load(std::memory_order_relaxed);  // One address, whoever stores it.
         if (known == nullptr) {
-            known = version != nullptr ? dlvsym(RTLD_NEXT, name, version) : dlsym(RTLD_NEXT, name);
+            known = version != nullptr ? dlvsym(RTLD_NEXT, name, version) : nullptr;
+            known = known != nullptr ? known : dlsym(RTLD_NEXT, name);
             found.store(known, std::memory_order_relaxed);
         }
         return reinterpret_cast<Function*>(known);
@@ -40,6 +43,12 @@ private:
 // Constant-initialised: some are needed before any initialiser has run.
 constinit Next<int(pthread_mutex_t*)> nextMutexLock("pthread_mutex_lock");
 constinit Next<int(pthread_mutex_t*)> nextMutexTryLock("pthread_mutex_trylock");
+constinit Next<int(pthread_mutex_t*, const timespec*)> nextMutexTimedLock("pthread_mutex_timedlock");
+constinit Next<int(pthread_mutex_t*, clockid_t, const timespec*)> nextMutexClockLock(
+    "pthread_mutex_clocklock");
+constinit Next<int(mtx_t*)> nextStandardLock("mtx_lock");
+constinit Next<int(mtx_t*)> nextStandardTryLock("mtx_trylock");
+constinit Next<int(pthread_spinlock_t*)> nextSpinLock("pthread_spin_lock");
 constinit Next<int(pthread_rwlock_t*)> nextReadLock("pthread_rwlock_rdlock");
 constinit Next<int(pthread_rwlock_t*)> nextWriteLock("pthread_rwlock_wrlock");
 constinit Next<int(pthread_cond_t*, pthread_mutex_t*)> nextConditionWait("pthread_cond_wait", "GLIBC_2.3.2");
@@ -82,6 +91,11 @@ KORVA_WATCHED void* aligned_alloc(std::size_t alignment, std::size_t size) noexc
     return __libc_memalign(alignment, size);
 }
 
+KORVA_WATCHED void* memalign(std::size_t alignment, std::size_t size) noexcept {
+    forbidOnWatchedThread("memalign");
+    return __libc_memalign(alignment, size);
+}
+
 KORVA_WATCHED int posix_memalign(void** memory, std::size_t alignment, std::size_t size) noexcept {
     forbidOnWatchedThread("posix_memalign");
     *memory = __libc_memalign(alignment, size);
@@ -101,6 +115,33 @@ KORVA_WATCHED int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
 KORVA_WATCHED int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
     forbidOnWatchedThread("pthread_mutex_trylock");
     return nextMutexTryLock()(mutex);
+}
+
+KORVA_WATCHED int pthread_mutex_timedlock(pthread_mutex_t* mutex, const timespec* end) noexcept {
+    forbidOnWatchedThread("pthread_mutex_timedlock");
+    return nextMutexTimedLock()(mutex, end);
+}
+
+KORVA_WATCHED int pthread_mutex_clocklock(pthread_mutex_t* mutex, clockid_t clock,
+                                          const timespec* end) noexcept {
+    forbidOnWatchedThread("pthread_mutex_clocklock");
+    return nextMutexClockLock()(mutex, clock, end);
+}
+
+// The C library's own locks don't go through the ones above.
+KORVA_WATCHED int mtx_lock(mtx_t* mutex) {
+    forbidOnWatchedThread("mtx_lock");
+    return nextStandardLock()(mutex);
+}
+
+KORVA_WATCHED int mtx_trylock(mtx_t* mutex) {
+    forbidOnWatchedThread("mtx_trylock");
+    return nextStandardTryLock()(mutex);
+}
+
+KORVA_WATCHED int pthread_spin_lock(pthread_spinlock_t* lock) noexcept {
+    forbidOnWatchedThread("pthread_spin_lock");
+    return nextSpinLock()(lock);
 }
 
 KORVA_WATCHED int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept {
