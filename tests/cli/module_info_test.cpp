@@ -121,12 +121,18 @@ TEST_F(ModuleInfo, AProgramIsNoLibrary) {
 TEST_F(ModuleInfo, ALibraryForAnotherMachineIsNamedWithBoth) {
     constexpr std::size_t machine = 18;
     constexpr char arm = '\xB7';
-    EXPECT_TRUE(isUnusable(info(changed(machine, arm)), "for another machine: 64 bit, machine 183;"));
+    EXPECT_TRUE(
+        isUnusable(info(changed(machine, arm)), "for another machine: AArch64 of 64 bit; this one is "));
 }
 
 TEST_F(ModuleInfo, ALibraryOfThirtyTwoBitsIsForAnotherMachine) {
     constexpr std::size_t width = 4;
-    EXPECT_TRUE(isUnusable(info(changed(width, 1)), "for another machine: 32 bit"));
+    EXPECT_TRUE(isUnusable(info(changed(width, 1)), " of 32 bit; this one is "));
+}
+
+TEST_F(ModuleInfo, ALibraryThatIsCutShortIsNamedWithItsLength) {
+    const Outcome outcome = info(file("cut.so", bytesOf(minimal).substr(0, 3000)));
+    EXPECT_TRUE(isUnusable(outcome, "no: cut short: it has 3000 of at least "));
 }
 
 TEST_F(ModuleInfo, WhatTheLoaderSaysOfADamagedLibraryIsOneLine) {

@@ -6,10 +6,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "korva/errors.h"
 
@@ -50,17 +54,51 @@ std::string strangersFault(Elf* elf, std::string_view firstBytes) {
                                                        : "not a library, by its first bytes";
 }
 
-const char* widthText(const GElf_Ehdr& header) {
-    return header.e_ident[EI_CLASS] == ELFCLASS32 ? "32" : "64";
+std::string machineText(const GElf_Ehdr& header) {
+    constexpr std::pair<int, const char*> names[] = {{EM_386, "x86"},
+                                                     {EM_X86_64, "x86-64"},
+                                                     {EM_ARM, "ARM"},
+                                                     {EM_AARCH64, "AArch64"},
+                                                     {EM_RISCV, "RISC-V"},
+                                                     {EM_PPC64, "Power"},
+                                                     {EM_LOONGARCH, "LoongArch"}};
+    const auto* const known = std::ranges::find(names, header.e_machine, &std::pair<int, const char*>::first);
+    return fmt::format("{} of {} bit{}",
+                       known == std::end(names) ? fmt::format("number {}", header.e_machine) : known->second,
+                       header.e_ident[EI_CLASS] == ELFCLASS32 ? 32 : 64,
+                       header.e_ident[EI_DATA] == ELFDATA2MSB ? ", its highest byte first" : "");
 }
 
 std::string headersFault(const GElf_Ehdr& header, const GElf_Ehdr& own) {
     if (header.e_machine != own.e_machine || header.e_ident[EI_CLASS] != own.e_ident[EI_CLASS] ||
         header.e_ident[EI_DATA] != own.e_ident[EI_DATA]) {
-        return fmt::format("for another machine: {} bit, machine {}; this one is {} bit, machine {}",
-                           widthText(header), header.e_machine, widthText(own), own.e_machine);
+        return fmt::format("for another machine: {}; this one is {}", machineText(header), machineText(own));
     }
     return header.e_type == ET_DYN ? "" : "not a library, but a program or a part of one";
+}
+
+/// Bytes that a file must have for all that is loaded of it.
+std::uint64_t loadedBytes(Elf* elf) {
+    std::size_t count = 0;
+    std::uint64_t bytes = 0;
+    elf_getphdrnum(elf, &count);
+    GElf_Phdr part = {};
+    for (std::size_t i = 0; i < count && gelf_getphdr(elf, static_cast<int>(i), &part) != nullptr; ++i) {
+        if (part.p_type == PT_LOAD && part.p_filesz <= UINT64_MAX - part.p_offset) {
+            bytes = std::max<std::uint64_t>(bytes, part.p_offset + part.p_filesz);
+        }
+    }
+    return bytes;
+}
+
+/// The loader doesn't look at a file's end, and the first use of what is behind it ends the process.
+std::string lengthFault(Elf* elf, int descriptor) {
+    struct stat status = {};
+    const std::uint64_t needed = loadedBytes(elf);
+    if (fstat(descriptor, &status) != 0 || static_cast<std::uint64_t>(status.st_size) >= needed) {
+        return "";
+    }
+    return fmt::format("cut short: it has {} of at least {} bytes", status.st_size, needed);
 }
 
 GElf_Ehdr headerOfThisProgram() {
@@ -146,6 +184,9 @@ LibraryFile readLibraryFile(const std::string& path) {
         return {.fault = strangersFault(elf.get(), {firstBytes, static_cast<std::size_t>(count)})};
     }
     LibraryFile file = {.fault = headersFault(header, headerOfThisProgram())};
+    if (file.fault.empty()) {
+        file.fault = lengthFault(elf.get(), opened.descriptor);
+    }
     readSections(file, elf.get());
     return file;
 }
