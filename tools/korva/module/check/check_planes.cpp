@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "korva/module/check/check_report.h"
 #include "korva/module/check/checks.h"
@@ -15,18 +16,29 @@
 namespace korva::tool {
 namespace {
 
-/// Plays blocks of lengths that end at and beside the widths of vectors.
+/// Plays blocks of lengths that end at and beside the widths of vectors. `name` says what they are.
 template <class AfterBlock>
-void playLengths(TestedInstance& instance, const Scene& scene, std::uint32_t seed, Bus& bus,
-                 const AfterBlock& afterBlock) {
+void playLengths(TestedInstance& instance, const Scene& scene, const std::string& name, std::uint32_t seed,
+                 Bus& bus, const AfterBlock& afterBlock) {
     const Sound noise = makeNoise(planesOf(scene.in), KORVA_BLOCK_FRAMES, seed);
     for (const std::uint32_t frames :
          {512U, 1U,   2U,   3U,   4U,   7U,   8U,   15U,  16U,  17U,  31U,  33U, 63U,
           64U,  100U, 255U, 256U, 257U, 448U, 480U, 496U, 509U, 510U, 511U, 512U}) {
-        noteSituation(fmt::format("{}, {} frames", scene.name(), frames));
+        noteSituation(fmt::format("{}, {} frames", name, frames));
         instance.process(bus.load(noise, 0, frames, scene.in, scene.out));
         afterBlock(frames);
     }
+}
+
+/// Streams that may follow: other channels at the same rate, of which only a block's counts tell.
+std::vector<Scene> laterScenes(TestedInstance& instance, const Scene& scene) {
+    std::vector<Scene> scenes;
+    for (const rt::EngineFormat& format : usualFormats(scene.in.sampleRate)) {
+        if (accepts(instance, format, format)) {
+            scenes.push_back({scene.document, format, format, scene.parameterSeed});
+        }
+    }
+    return scenes;
 }
 
 void tryBounds(const TestedModule& module, const Scene& scene, std::uint32_t seed,
@@ -34,7 +46,14 @@ void tryBounds(const TestedModule& module, const Scene& scene, std::uint32_t see
     TestedInstance instance(module, scene.document);
     begin(instance, scene);
     Bus bus(place);
-    playLengths(instance, scene, seed, bus, [&](std::uint32_t) { bus.expectRestWhole(); });
+    const auto expectRestWhole = [&](std::uint32_t) { bus.expectRestWhole(); };
+    playLengths(instance, scene, scene.name(), seed, bus, expectRestWhole);
+    for (const Scene& later : laterScenes(instance, scene)) {
+        instance.clear();
+        const std::string name = fmt::format("{} after {} without another ZRDSPAPI_Initialize",
+                                             formatText(later.in), pairText(scene.in, scene.out));
+        playLengths(instance, later, name, seed, bus, expectRestWhole);
+    }
     instance.uninitialize();
 }
 
@@ -52,7 +71,7 @@ void tryUnusedPlanes(const TestedModule& module, const Scene& scene, std::uint32
     begin(instance, scene);
     Bus bus(GuardedMemory::Place::loose);
     const unsigned used = planesOf(scene.in) | planesOf(scene.out);
-    playLengths(instance, scene, seed, bus, [&](std::uint32_t frames) {
+    playLengths(instance, scene, scene.name(), seed, bus, [&](std::uint32_t frames) {
         for (std::size_t plane = 0; plane < KORVA_PLANES; ++plane) {
             if ((used >> plane & 1U) == 0) {
                 expectSilence(bus.plane(plane).first(frames), plane);

@@ -34,8 +34,8 @@ using SampleSource = std::function<float(std::size_t plane, std::size_t frame)>;
 using Cuts = std::vector<std::uint32_t>;
 [[nodiscard]] Cuts randomCuts(std::uint32_t seed);
 
-/// Eight planes of a block's length, each at the end or at the begin of a page, and the block's record.
-/// [owner, then audio]
+/// Eight planes of a block's length, the pointers to them, and the block's record; each lies at that place of
+/// pages of its own.  [owner, then audio]
 class Bus {
 public:
     explicit Bus(GuardedMemory::Place place);
@@ -49,14 +49,14 @@ public:
         return {pointers[index], KORVA_BLOCK_FRAMES};
     }
 
-    /// Throws `CheckFailed` where the module has written beside planes, or has changed the record's pointers.
+    /// Throws `CheckFailed` where the module has written beside any of it, or has changed the pointers.
     void expectRestWhole() const;
 
 private:
     std::vector<std::unique_ptr<GuardedMemory>> memories;
     std::array<float*, rt::planeCount> pointers{};
-    std::array<float*, rt::planeCount> given{};  ///< What the module is shown.
-    DspBlock block{};
+    GuardedMemory shownPointers;  ///< What the module gets.
+    GuardedMemory record;
 };
 
 /// How an instance is started, and what it is set to.
