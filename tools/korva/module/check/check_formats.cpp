@@ -1,8 +1,10 @@
 // The check of the format tests.
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "korva/module/check/audio_loop.h"
 #include "korva/module/check/check_report.h"
 #include "korva/module/check/checks.h"
 #include "korva/module/check/formats.h"
@@ -112,6 +114,24 @@ int tryAll(TestedInstance& instance) {
     return accepted;
 }
 
+/// The host asks again while sound runs.
+void tryBesideAStream(TestedInstance& instance, const Scene& scene, std::uint32_t seed) {
+    if (!accepts(instance, scene.in, scene.out)) {
+        return;
+    }
+    begin(instance, scene);
+    std::optional<AudioLoop> audio;
+    if (instance.reasonForSilence().empty()) {
+        audio.emplace(instance, scene, seed);
+        audio->waitForBlocks(1);
+    }
+    tryAll(instance);
+    if (audio) {
+        audio->stop();
+    }
+    instance.uninitialize();
+}
+
 }  // namespace
 
 Verdict checkFormats(const CheckSetting& setting) {
@@ -121,12 +141,7 @@ Verdict checkFormats(const CheckSetting& setting) {
     if (tryAll(instance) == 0) {
         failCheck("no format of 1 to 8 channels is accepted");
     }
-    // The host asks again beside a stream.
-    const rt::EngineFormat format = formatOf(2, 0x3);
-    if (accepts(instance, format, format) && instance.initialize(format, format)) {
-        tryAll(instance);
-        instance.uninitialize();
-    }
+    tryBesideAStream(instance, {document, formatOf(2, 0x3), formatOf(2, 0x3)}, setting.seed);
     return {};
 }
 

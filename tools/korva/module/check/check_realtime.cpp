@@ -83,6 +83,7 @@ Verdict checkRealtime(const CheckSetting& setting) {
         for (const auto& scene : prepared) {
             sendParameters(scene->instance,
                            parametersOf(scene->scene.document.engine, setting.seed + change));
+            scene->instance.wakeUp();
         }
     }
     isAskedToStop = true;
