@@ -196,6 +196,7 @@ Verdict CheckProcesses::run(const std::function<Verdict()>& check, int limitMs) 
 int CheckProcesses::endAll(pid_t check) const {
     int status = 0;
     kill(-check, SIGKILL);
+    kill(check, SIGKILL);  // By itself: a module may have taken it to another group.
     waitpid(check, &status, 0);
     while (true) {
         std::set<pid_t> left = childrenOfThisProcess();

@@ -7,6 +7,7 @@
 #include <exception>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "engine/module_records.h"
 #include "korva/module/check/check_report.h"
@@ -60,6 +61,17 @@ TestedModule::TestedModule(const std::filesystem::path& modulePath)
     : file(std::filesystem::absolute(modulePath)),
       library(loadOrFail(file)),
       api(engine::bindDspModuleApi(library)) {}
+
+TestedModule::~TestedModule() {
+    if (std::uncaught_exceptions() != 0) {
+        // What was thrown may be of a class of the library's, which stays until the process of the check
+        // ends.
+        static_cast<void>(new platform::ModuleLibrary(std::move(library)));
+        return;
+    }
+    const NotedCall noted("the library's own end");
+    library.unload();
+}
 
 TestedInstance::TestedInstance(const TestedModule& module, const Document& document,
                                GuardedMemory::Place parameterPlace)

@@ -19,9 +19,12 @@ namespace korva::tool {
 class TestedModule {
 public:
     explicit TestedModule(const std::filesystem::path& modulePath);
+    ~TestedModule();
+    TestedModule(const TestedModule&) = delete;
+    TestedModule& operator=(const TestedModule&) = delete;
 
     const std::filesystem::path file;
-    const platform::ModuleLibrary library;
+    platform::ModuleLibrary library;
     const engine::DspModuleApi api;
 };
 
