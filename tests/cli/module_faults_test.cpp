@@ -152,6 +152,25 @@ TEST_F(ModuleFaults, AParameterThatTakesTheSettingsFromTheAudioThreadIsACrash) {
         << result;
 }
 
+TEST_F(ModuleFaults, ModulesThatKeepWhatACallWasGivenAreFoundWhenTheyReadIt) {
+    const auto parameter = checkJson({faultyModule("keeps_parameter"), "--only", "cuts"});
+    EXPECT_TRUE(resultOf(parameter, "cuts")["reason"].get<std::string>().starts_with(
+        "touches a parameter's bytes after ZRDSPAPI_SetParameter has come back in process"))
+        << parameter;
+    const auto format = checkJson({faultyModule("keeps_format"), "--only", "cuts"});
+    EXPECT_TRUE(resultOf(format, "cuts")["reason"].get<std::string>().starts_with(
+        "touches a format record after ZRDSPAPI_Initialize has come back in process"))
+        << format;
+}
+
+TEST_F(ModuleFaults, ACallThatHangsWhileSoundRunsIsNamed) {
+    const auto json =
+        checkJson({faultyModule("waits_for_sound"), "--only", "parameters", "--timeout", "0.5"});
+    EXPECT_TRUE(resultOf(json, "parameters")["reason"].get<std::string>().starts_with(
+        "did not come back within 0.5 s in ZRDSPAPI_SetParameter"))
+        << json;
+}
+
 TEST_F(ModuleFaults, AModuleWithoutCreateIsNone) {
     const auto json = checkJson({faultyModule("lacks_create")});
     EXPECT_EQ(resultOf(json, "exports")["result"], "failed");

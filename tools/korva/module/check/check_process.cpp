@@ -136,6 +136,12 @@ Verdict verdictOf(const std::function<Verdict()>& check) {
     _exit(0);
 }
 
+/// Where the check was when its process ended: itself, or else another of its threads.
+std::string placeOf(const CheckReport& report) {
+    const char* const call = report.call;
+    return whereText(report, call != nullptr ? call : report.otherCall.load());
+}
+
 Verdict crashVerdict(const CheckReport& report, int status, const std::string& remark) {
     const std::string end = remark.empty() ? "" : ": " + remark;
     if (WIFSIGNALED(status)) {
@@ -145,12 +151,12 @@ Verdict crashVerdict(const CheckReport& report, int status, const std::string& r
                                               whereText(report, report.crashCall), end)};
     }
     return {Outcome::crashed, fmt::format("the process ended with exit code {}{}{}", WEXITSTATUS(status),
-                                          whereText(report, report.call), end)};
+                                          placeOf(report), end)};
 }
 
 Verdict limitVerdict(const CheckReport& report, int limitMs) {
-    return {Outcome::failed, fmt::format("did not come back within {:g} s{}", limitMs / 1000.0,
-                                         whereText(report, report.call))};
+    return {Outcome::failed,
+            fmt::format("did not come back within {:g} s{}", limitMs / 1000.0, placeOf(report))};
 }
 
 }  // namespace

@@ -7,22 +7,26 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <mutex>
 #include <new>
 
 #include "korva/errors.h"
+#include "platform/mutex.h"
 
 namespace korva::tool {
 namespace {
 
 CheckReport* current = nullptr;
 thread_local const char* callOfThread = nullptr;
+thread_local bool isCheck = false;  ///< Not one of the threads that a check starts.
 
 struct ForbiddenMemory {
     std::uintptr_t begin = 0;
     std::uintptr_t end = 0;
     std::array<char, 96> what{};
 };
-std::array<ForbiddenMemory, 512> forbidden;
+std::array<ForbiddenMemory, 512> forbidden;  ///< A crash looks here without the lock.
+platform::Mutex forbiddenMutex;
 
 void copyText(std::string_view text, char* to, std::size_t capacity) noexcept {
     const std::size_t length = std::min(text.size(), capacity - 1);
@@ -97,6 +101,11 @@ void giveHandlerAStack() {
     }
 }
 
+void noteCall(const char* name) noexcept {
+    callOfThread = name;
+    (isCheck ? current->call : current->otherCall).store(name, std::memory_order_relaxed);
+}
+
 }  // namespace
 
 void CheckReport::leave(Outcome verdict, std::string_view why) noexcept {
@@ -123,6 +132,7 @@ SharedReport::~SharedReport() {
 
 void reportTo(CheckReport& report) {
     current = &report;
+    isCheck = true;
     giveHandlerAStack();
     watchForCrashes();
 }
@@ -132,16 +142,14 @@ void noteSituation(std::string_view situation) noexcept {
 }
 
 NotedCall::NotedCall(const char* name) noexcept {
-    callOfThread = name;
-    current->call.store(name, std::memory_order_relaxed);
+    noteCall(name);
 }
 
 NotedCall::~NotedCall() {
     if (std::uncaught_exceptions() != 0) {
         return;  // Whoever catches it says where it came from.
     }
-    callOfThread = nullptr;
-    current->call.store(nullptr, std::memory_order_relaxed);
+    noteCall(nullptr);
 }
 
 void endCheck(Outcome outcome, std::string_view reason) noexcept {
@@ -165,6 +173,7 @@ std::string whereText(const CheckReport& report, const char* call) {
 }
 
 void forbidMemory(const void* begin, std::size_t bytes, std::string_view what) {
+    const std::lock_guard lock(forbiddenMutex);
     const auto free =
         std::ranges::find_if(forbidden, [](const ForbiddenMemory& memory) { return memory.begin == 0; });
     if (free != forbidden.end()) {
@@ -175,6 +184,7 @@ void forbidMemory(const void* begin, std::size_t bytes, std::string_view what) {
 }
 
 void allowMemory(const void* begin) noexcept {
+    const std::lock_guard lock(forbiddenMutex);
     for (ForbiddenMemory& memory : forbidden) {
         if (memory.begin == reinterpret_cast<std::uintptr_t>(begin)) {
             memory = {};

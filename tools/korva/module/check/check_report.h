@@ -22,7 +22,8 @@ struct CheckReport {
     char reason[2048];  ///< Ends in a zero, as do the texts below.
 
     char situation[256];                 ///< What the check is at, as `noteSituation` was told.
-    std::atomic<const char*> call;       ///< The last function of the module that was called. Constant text.
+    std::atomic<const char*> call;       ///< The module's function that the check is in. Constant text.
+    std::atomic<const char*> otherCall;  ///< That which one of its other threads is in, or came to last.
     std::atomic<const char*> crashCall;  ///< The one that the thread that crashed was in.
     std::atomic<std::uintptr_t> crashAddress;  ///< Of an access that the memory doesn't bear.
     std::atomic<bool> hasCrashAddress;
@@ -44,7 +45,7 @@ private:
 };
 
 /// From now on the functions below write to `report`, and a signal of a crash is noted there before it ends
-/// this process: the process of a check calls it first.
+/// this process: the thread of a check calls it first.
 void reportTo(CheckReport& report);
 
 /// What the check tries next: the words that tell one try from another.  [any, rt]
@@ -70,7 +71,7 @@ public:
 /// The same of what a process left.
 [[nodiscard]] std::string whereText(const CheckReport& report, const char* call);
 
-/// Memory that the module may not touch, and what is said of a module that does. `what` is copied.  [owner]
+/// Memory that the module may not touch, and what is said of a module that does. `what` is copied.  [any]
 void forbidMemory(const void* begin, std::size_t bytes, std::string_view what);
 void allowMemory(const void* begin) noexcept;
 

@@ -51,6 +51,16 @@ void GuardedMemory::forbid(const std::string& why) {
     std::byte* const first = pages + pageBytes();
     mprotect(first, inner, PROT_NONE);
     forbidMemory(first, inner, title + " " + why);
+    isForbidden = true;
+}
+
+void GuardedMemory::allow() {
+    if (isForbidden) {
+        std::byte* const first = pages + pageBytes();
+        mprotect(first, inner, PROT_READ | PROT_WRITE);
+        allowMemory(first);
+        isForbidden = false;
+    }
 }
 
 bool GuardedMemory::restIsWhole() const {

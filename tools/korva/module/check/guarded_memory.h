@@ -28,6 +28,8 @@ public:
 
     /// From now on the memory can't be touched either: `why` completes "touches the text ...".
     void forbid(const std::string& why);
+    /// Until now. What is in it is as before.
+    void allow();
 
     /// Whether nothing was written to the rest of the pages.
     [[nodiscard]] bool restIsWhole() const;
@@ -40,6 +42,7 @@ private:
     std::size_t inner;  ///< Bytes of the pages between the guards.
     std::byte* pages;   ///< The first guard.
     std::byte* begin;
+    bool isForbidden = false;
 };
 
 }  // namespace korva::tool

@@ -39,7 +39,8 @@ platform::ModuleLibrary loadOrFail(const std::filesystem::path& file) {
     return library;
 }
 
-void put(const rt::EngineFormat& format, const GuardedMemory& memory) {
+void put(const rt::EngineFormat& format, GuardedMemory& memory) {
+    memory.allow();
     std::memcpy(memory.data(), &format, sizeof(format));
 }
 
@@ -51,6 +52,10 @@ rt::EngineFormat formatIn(const GuardedMemory& memory) {
 
 ::EngineFormat* recordIn(const GuardedMemory& memory) {
     return reinterpret_cast<::EngineFormat*>(memory.data());
+}
+
+std::string afterReturnOf(const char* call) {
+    return fmt::format("after {} has come back", call);
 }
 
 constexpr auto atPageEnd = GuardedMemory::Place::atPageEnd;
@@ -89,7 +94,7 @@ TestedInstance::TestedInstance(const TestedModule& module, const Document& docum
     instance = api.Create(reinterpret_cast<const char*>(text.data()),
                           static_cast<std::uint32_t>(document.text.size()));
     text.expectRestWhole();
-    text.forbid("after ZRDSPAPI_Create has come back");
+    text.forbid(afterReturnOf("ZRDSPAPI_Create"));
 }
 
 TestedInstance::~TestedInstance() {
@@ -129,6 +134,8 @@ std::uint32_t TestedInstance::testFormat(FormatTest test, const char* name, rt::
         failCheck("changes the format of the opposite side{}", whereText());
     }
     requested = formatIn(in);
+    in.forbid(afterReturnOf(name));
+    out.forbid(afterReturnOf(name));
     return answer;
 }
 
@@ -145,10 +152,12 @@ std::uint32_t TestedInstance::testCapture(rt::EngineFormat& requested) {
         return KORVA_FORMAT_ACCEPTED;
     }
     put(requested, in);
-    const NotedCall noted("ZRDSPAPI_IsCaptureFormatSupported");
+    constexpr const char* name = "ZRDSPAPI_IsCaptureFormatSupported";
+    const NotedCall noted(name);
     const std::uint32_t answer = api.IsCaptureFormatSupported(instance, recordIn(in));
     in.expectRestWhole();
     requested = formatIn(in);
+    in.forbid(afterReturnOf(name));
     return answer;
 }
 
@@ -160,10 +169,12 @@ bool TestedInstance::initialize(const rt::EngineFormat& inFormat, const rt::Engi
     put(outFormat, out);
     put({}, capture);
     isActive = true;
-    const NotedCall noted("ZRDSPAPI_Initialize");
+    constexpr const char* name = "ZRDSPAPI_Initialize";
+    const NotedCall noted(name);
     const bool could = api.Initialize(instance, recordIn(in), recordIn(out), recordIn(capture)) != 0;
-    for (const GuardedMemory* const record : {&in, &out, &capture}) {
+    for (GuardedMemory* const record : {&in, &out, &capture}) {
         record->expectRestWhole();
+        record->forbid(afterReturnOf(name));
     }
     return could;
 }
@@ -209,12 +220,17 @@ void TestedInstance::setParameter(std::int32_t bank, std::int32_t id, std::span<
     }
     std::byte* data = nullptr;
     if (!bytes.empty()) {
+        parameter.allow();
         data = parameter.data() + parameterCapacity - bytes.size();
         std::memcpy(data, bytes.data(), bytes.size());
     }
-    const NotedCall noted("ZRDSPAPI_SetParameter");
+    constexpr const char* name = "ZRDSPAPI_SetParameter";
+    const NotedCall noted(name);
     constexpr std::int32_t noIndex = -1;
     api.SetParameter(instance, bank, id, noIndex, data, static_cast<std::uint32_t>(bytes.size()));
+    if (data != nullptr) {
+        parameter.forbid(afterReturnOf(name));
+    }
 }
 
 std::uint32_t TestedInstance::setGetData(std::int32_t bank, std::int32_t id,

@@ -31,8 +31,8 @@ public:
 /// One instance. It skips what the module lacks, as the host does.  [owner, but for `process`]
 class TestedInstance {
 public:
-    /// The document's text can't be touched any more once the module has made the instance. Empty if it
-    /// made none. Parameters come in memory of that kind.
+    /// Empty if the module made none. The document's text, and what later calls are given, can't be touched
+    /// any more once the call has come back. Parameters come in memory of that kind.
     /// An instance that is active is put to rest before it is freed.
     TestedInstance(const TestedModule& module, const Document& document,
                    GuardedMemory::Place parameterPlace = GuardedMemory::Place::loose);
