@@ -228,6 +228,7 @@ TEST_F(ModuleCheck, WhatAModulePrintsIsNotMixedWithTheResults) {
 TEST_F(ModuleCheck, AnImpossibleLimitIsAnError) {
     EXPECT_TRUE(failedWith(check({minimalModule, "--timeout", "0"}), {"--timeout"}));
     EXPECT_TRUE(failedWith(check({minimalModule, "--timeout", "soon"}), {"--timeout"}));
+    EXPECT_TRUE(failedWith(check({minimalModule, "--timeout", "nan"}), {"--timeout", "'nan'"}));
     EXPECT_TRUE(failedWith(check({minimalModule, "--seed", "-1"}), {"--seed"}));
 }
 

@@ -163,6 +163,19 @@ TEST_F(ModuleFaults, ModulesThatKeepWhatACallWasGivenAreFoundWhenTheyReadIt) {
         << format;
 }
 
+TEST_F(ModuleFaults, AThreadThatOutlivesItsLibraryIsNamed) {
+    const auto json = checkJson({faultyModule("leaves_thread"), "--only", "unload"});
+    EXPECT_EQ(resultOf(json, "unload")["result"], "crashed") << json;
+    EXPECT_NE(resultOf(json, "unload")["reason"].get<std::string>().find(" in a thread of its own"),
+              std::string::npos)
+        << json;
+}
+
+TEST_F(ModuleFaults, ATableThatIsNowhereIsACrashWhereItIsRead) {
+    const auto json = checkJson({faultyModule("wild_table"), "--only", "table"});
+    EXPECT_EQ(resultOf(json, "table")["reason"], "Segmentation fault at 0x40 (its table is read)") << json;
+}
+
 TEST_F(ModuleFaults, ACallThatHangsWhileSoundRunsIsNamed) {
     const auto json =
         checkJson({faultyModule("waits_for_sound"), "--only", "parameters", "--timeout", "0.5"});

@@ -22,9 +22,10 @@ foreach(name IN ITEMS
         allocates answers_anything busy_thread calls_system changes_rounding counts_blocks crashes_at_load
         crashes_at_unload create_crashes create_exits create_fails expects_terminator forgets_nothing forks
         hangs hesitates insane_formats keeps_format keeps_nan keeps_parameter keeps_text lacks_entry leaks
-        leaks_descriptors leaves_answers leaves_group locks locks_by_the_standard long_records makes_nan
-        one_layout reads_before reads_beyond reads_parameter reads_past_record scribbler shared_state slow
-        starts_with_old_sound stays_loaded unsafe_parameters waits_for_sound wrong_counts)
+        leaks_descriptors leaves_answers leaves_group leaves_thread locks locks_by_the_standard long_records
+        makes_nan one_layout reads_before reads_beyond reads_parameter reads_past_record scribbler
+        shared_state slow starts_with_old_sound stays_loaded unsafe_parameters waits_for_sound wild_table
+        wrong_counts)
     korva_faulty_module(${name} LANGUAGE c)
 endforeach()
 korva_faulty_module(throws LANGUAGE cpp)

@@ -1,6 +1,7 @@
 // How `korva module ...` reads on the command line.
 #include <CLI/CLI.hpp>
 
+#include <cmath>
 #include <memory>
 #include <random>
 #include <string>
@@ -50,6 +51,9 @@ constexpr const char* examples =
 int runCheck(ModuleCheckOptions options, bool hasSeed) {
     if (options.path.empty() && !options.list) {
         fail("PATH is required; see 'korva module check --help'");
+    }
+    if (std::isnan(options.timeoutSeconds)) {  // It passes for a number of the range.
+        fail("--timeout takes seconds, not 'nan'; see 'korva module check --help'");
     }
     if (!hasSeed) {
         options.seed = std::random_device{}();

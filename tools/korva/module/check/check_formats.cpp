@@ -119,6 +119,7 @@ void tryBesideAStream(TestedInstance& instance, const Scene& scene, std::uint32_
     if (!accepts(instance, scene.in, scene.out)) {
         return;
     }
+    noteSituation(fmt::format("{}, while formats are tested", scene.name()));
     begin(instance, scene);
     std::optional<AudioLoop> audio;
     if (instance.reasonForSilence().empty()) {

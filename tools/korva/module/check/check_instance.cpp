@@ -148,7 +148,9 @@ Verdict checkTable(const CheckSetting& setting) {
     const Document document = documentFor(module);
     TestedInstance instance(module, document);
     const DspInstanceTable* const table = instance.table();
+    noteSituation("its table is read");
     expectWholeTable(table);
+    noteSituation("");
     static_cast<void>(instance.isHardwareAvailable());
     const rt::EngineFormat format = formatOf(2, 0x3);
     if (accepts(instance, format, format) && instance.initialize(format, format)) {

@@ -75,7 +75,9 @@ extern "C" void noteCrash(int signalNumber, siginfo_t* info, void*) {
         text.add("touches ").add(memory->what.data());
         endCheck(Outcome::failed, addWhere(text, callOfThread, current->situation).view());
     }
-    current->crashCall = callOfThread;
+    // The check's other threads are in a call, or what they do is simple.
+    const bool isModules = callOfThread == nullptr && !isCheck;
+    current->crashCall = isModules ? "a thread of its own" : callOfThread;
     current->crashAddress = address;
     current->hasCrashAddress = isAccess;
     // To return is to crash again, and this time for good: the handler serves once.
