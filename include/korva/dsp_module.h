@@ -77,7 +77,7 @@ typedef struct EngineFormat {
 /// module leaves its result on the planes that the output format has channels on, and silence where neither
 /// side has one; what remains on a plane that only the input has isn't heard. Planes are aligned to 64 bytes,
 /// and don't overlap. From `frames` to `maxFrames` a plane holds nothing: a module may write there, and reads
-/// nothing of use.
+/// nothing of use. After the call the host reads the planes, and nothing of this record.
 typedef struct DspBlock {
     float* const* channels;  ///< `KORVA_PLANES` planes of `maxFrames` samples.
     uint32_t maxChannels;    ///< Always `KORVA_PLANES`.
