@@ -21,7 +21,7 @@ constexpr std::array checks = {
     Check{"instances", "has instances that don't disturb each other", Need::instance, checkInstances},
     Check{"signals", "bears any sound, and is well again afterwards", Need::instance, checkSignals},
     Check{"bounds", "touches nothing outside the planes", Need::instance, checkBounds},
-    Check{"unused-planes", "leaves planes alone that no side has a channel on", Need::instance,
+    Check{"unused-planes", "leaves planes silent that no side has a channel on", Need::instance,
           checkUnusedPlanes},
     Check{"realtime", "neither allocates nor locks nor calls the system on the audio thread", Need::instance,
           checkRealtime},
