@@ -6,6 +6,7 @@
 
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
+using UINT = std::uint32_t;
 using UINT32 = std::uint32_t;
 using DWORD = std::uint32_t;
 using BOOL = std::int32_t;
@@ -30,6 +31,7 @@ struct GUID {
 };
 using IID = GUID;
 using CLSID = GUID;
+using LPCGUID = const GUID*;
 using REFGUID = const GUID&;
 using REFIID = const IID&;
 

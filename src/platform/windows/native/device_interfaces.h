@@ -1,4 +1,6 @@
-// Audio devices, from the system's own headers.
+// Audio devices and their volume, from the system's own headers.
 #pragma once
 
 #include <mmdeviceapi.h>
+
+#include <endpointvolume.h>
