@@ -7,11 +7,11 @@
 #include <string_view>
 
 #include "fuzz/require.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 namespace {
 
-using namespace korva::params;
+using namespace korva::platform;
 using korva::fuzz::require;
 
 bool isDigit(char c) {

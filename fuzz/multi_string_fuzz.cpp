@@ -6,7 +6,7 @@
 
 #include "fuzz/require.h"
 #include "fuzz/units_of.h"
-#include "params/multi_string.h"
+#include "platform/multi_string.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using korva::fuzz::require;
@@ -16,9 +16,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     WideString text = korva::fuzz::unitsOf(std::as_bytes(std::span(data, size)));
     WideView rest = text;
     WideString joined;
-    for (std::size_t left = korva::params::stringCount(text); left > 0; --left) {
+    for (std::size_t left = korva::platform::stringCount(text); left > 0; --left) {
         require(!rest.empty());
-        const WideView string = korva::params::takeString(rest);
+        const WideView string = korva::platform::takeString(rest);
         require(string.find(WCHAR{0}) == WideView::npos);
         joined += string;
         joined += WCHAR{0};

@@ -8,7 +8,7 @@
 #include "fuzz/require.h"
 #include "korva/preset/preset_properties.h"
 #include "korva/preset/preset_text.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 namespace {
 
@@ -35,7 +35,7 @@ Preset readBack(const Changes& changes) {
         }
     }
     return korva::tool::readPreset(kind, [&](const PROPERTYKEY& key) {
-        const auto found = values.find(korva::params::KeyToText(key));
+        const auto found = values.find(korva::platform::KeyToText(key));
         return found == values.end() ? std::nullopt : std::optional(found->second);
     });
 }

@@ -6,19 +6,19 @@
 #include <span>
 
 #include "fuzz/require.h"
-#include "params/property_value.h"
-#include "params/registry_values.h"
 #include "params/value_bytes.h"
+#include "platform/property_value.h"
 #include "platform/published/results.h"
 #include "platform/registry.h"
+#include "platform/registry_values.h"
 
 namespace {
 
 namespace published = korva::published;
 namespace registry_type = korva::platform::registry_type;
 using korva::fuzz::require;
-using korva::params::PropertyValue;
 using korva::params::ValueBytes;
+using korva::platform::PropertyValue;
 using korva::platform::RegistryValue;
 
 std::uint8_t allocationsLeft = 0;
@@ -52,7 +52,7 @@ HRESULT resultFor(const RegistryValue& stored) {
 ValueBytes bytesOf(const RegistryValue& stored) {
     PropertyValue value;
     ValueBytes bytes;
-    require(korva::params::variantOf(stored, *value.out()) == published::ok);
+    require(korva::platform::variantOf(stored, *value.out()) == published::ok);
     require(korva::params::takeBytes(value.get(), bytes) == published::ok);
     return bytes;
 }
@@ -60,7 +60,7 @@ ValueBytes bytesOf(const RegistryValue& stored) {
 void checkReturn(const RegistryValue& stored) {
     const ValueBytes first = bytesOf(stored);
     const auto bytes = first.bytes.bytes();
-    require(korva::params::registryTypeOf(first.kind) == stored.type);
+    require(korva::platform::registryTypeOf(first.kind) == stored.type);
     const ValueBytes second = bytesOf({stored.type, {bytes.begin(), bytes.end()}});
     require(second.kind == first.kind && second.bytes == first.bytes);
 }
@@ -68,7 +68,7 @@ void checkReturn(const RegistryValue& stored) {
 void checkScarcity(const RegistryValue& stored, std::uint8_t allocations) {
     allocationsLeft = allocations;
     PropertyValue value;
-    const HRESULT result = korva::params::variantOf(stored, *value.out(), scarceMemory);
+    const HRESULT result = korva::platform::variantOf(stored, *value.out(), scarceMemory);
     require(result == resultFor(stored) || (result == published::outOfMemory && allocationsLeft == 0));
     require((value->vt == VT_EMPTY) == (result != published::ok));
 }
@@ -82,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto contents = std::as_bytes(std::span(data, size).subspan(2));
     const RegistryValue stored{data[0], {contents.begin(), contents.end()}};
     PropertyValue value;
-    const HRESULT result = korva::params::variantOf(stored, *value.out());
+    const HRESULT result = korva::platform::variantOf(stored, *value.out());
     require(result == resultFor(stored));
     require((value->vt == VT_EMPTY) == (result != published::ok));
     if (result == published::ok) {

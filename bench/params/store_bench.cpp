@@ -19,8 +19,8 @@
 #include "framework/dispatcher.h"
 #include "params/effect_keys.h"
 #include "params/fx_property_store.h"
-#include "params/property_key.h"
 #include "params/property_set_path.h"
+#include "platform/property_key.h"
 #include "tests/support/own_registry.h"
 
 namespace {
@@ -54,7 +54,7 @@ template <class Set>
 void fill(const Set& set) {
     for (const Kind kind : {Kind::dword, Kind::blob}) {
         for (std::uint32_t i = 0; i < valuesOfKind; ++i) {
-            set(params::KeyToText(propertyOf(kind, i)), typeOf(kind), dataOf(kind, static_cast<int>(i)));
+            set(platform::KeyToText(propertyOf(kind, i)), typeOf(kind), dataOf(kind, static_cast<int>(i)));
         }
     }
 }
@@ -108,7 +108,7 @@ void getFromTable(benchmark::State& state, Kind kind) {
         table.set(tableKey, name, type, data);
     });
     for (std::uint32_t i = 0; i < valuesOfKind; ++i) {
-        names[i] = params::KeyToText(propertyOf(kind, i));
+        names[i] = platform::KeyToText(propertyOf(kind, i));
     }
     std::array<std::byte, bytesOf(Kind::blob)> data{};
     std::size_t turn = 0;
@@ -123,7 +123,7 @@ void getFromTable(benchmark::State& state, Kind kind) {
 void setInKey(benchmark::State& state, Kind kind) {
     const test::OwnRegistry registry;
     const RegistryKey key = filledKey();
-    const std::string name = params::KeyToText(propertyOf(kind, 1));
+    const std::string name = platform::KeyToText(propertyOf(kind, 1));
     const std::array data = {dataOf(kind, 0x5A), dataOf(kind, 0xA5)};
     std::size_t turn = 0;
     for (auto _ : state) {
@@ -139,7 +139,7 @@ void setInTable(benchmark::State& state, Kind kind) {
     fill([&](const std::string& name, std::uint32_t type, std::span<const std::byte> data) {
         table.set(tableKey, name, type, data);
     });
-    const std::string name = params::KeyToText(propertyOf(kind, 1));
+    const std::string name = platform::KeyToText(propertyOf(kind, 1));
     const std::array data = {dataOf(kind, 0x5A), dataOf(kind, 0xA5)};
     std::size_t turn = 0;
     for (auto _ : state) {

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "engine/engine_table.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 namespace korva::engine {
 
@@ -15,7 +15,7 @@ EngineConfigDocument::EngineConfigDocument(nlohmann::json value)
 EngineConfigDocument::~EngineConfigDocument() = default;
 
 GUID EngineConfigDocument::engineId() const {
-    return params::GuidFromText(object->value("EngineId", std::string()));
+    return platform::GuidFromText(object->value("EngineId", std::string()));
 }
 
 std::uint32_t EngineConfigDocument::presetVersion() const {
@@ -36,7 +36,7 @@ framework::Ref<const EngineConfigDocument> buildEngineConfigDocument(std::uint32
                                                                      std::string_view outEndpointId) {
     const bool isHardware = (flags & modeHardware) != 0;
     const EnginePlatform platform = isHardware ? EnginePlatform::hardware : EnginePlatform::floatingPoint;
-    nlohmann::json object = {{"EngineId", params::guidText(engineId)},
+    nlohmann::json object = {{"EngineId", platform::guidText(engineId)},
                              {"PresetVersion", presetVersion},
                              {"OutEndpointId", outEndpointId},
                              {"PlatformName", platformName(platform)}};

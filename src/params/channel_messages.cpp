@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "platform/published/base_types.h"
+#include "platform/registry_values.h"
 
 namespace korva::params {
 namespace {
@@ -67,7 +68,7 @@ void sendValue(StoreChannel& peer, const StoreName& store, std::string_view valu
             sendHead(peer, Opcode::setString, store, valueName);
             sendCounted(peer, withoutTerminator(bytes));
             break;
-        case textList:
+        case platform::textList:
             sendHead(peer, Opcode::setMultiString, store, valueName);
             sendCounted(peer, bytes);
             break;

@@ -6,7 +6,7 @@
 
 #include "params/effect_keys.h"
 #include "params/preset_blob.h"
-#include "params/property_value.h"
+#include "platform/property_value.h"
 #include "platform/published/results.h"
 
 namespace korva::params {
@@ -38,7 +38,7 @@ bool ChunkReader::Read(IPropertyStore* store) {
     if (store == nullptr || chunk->parameters.empty() || !isAlive.value()) {
         return false;
     }
-    PropertyValue value;
+    platform::PropertyValue value;
     const PROPERTYKEY key{fxId, effect_property::firstChunk + chunk->index};
     if (published::failed(store->GetValue(key, value.out())) || !isPresetBlob(value.get())) {
         return false;

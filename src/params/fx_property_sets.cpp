@@ -6,8 +6,8 @@
 
 #include "framework/describe_members.h"
 #include "framework/published_call.h"
-#include "params/property_key.h"
 #include "params/property_set_path.h"
+#include "platform/property_key.h"
 #include "platform/published/results.h"
 #include "platform/unicode.h"
 
@@ -83,8 +83,8 @@ void FxPropertySets::reportAll(SetType type, const RegistryKey& changed) {
     const OnChange tell = onChange;
     std::string name;
     for (std::uint32_t index = 0; closedCounter()->get() == 0 && readValueName(key, index, name); ++index) {
-        const PROPERTYKEY property = TextToKey(name);
-        if (isValidKey(property)) {
+        const PROPERTYKEY property = platform::TextToKey(name);
+        if (platform::isValidKey(property)) {
             tell(type, property);
         }
     }

@@ -5,11 +5,11 @@
 
 #include "framework/describe_members.h"
 #include "framework/published_call.h"
-#include "params/property_key.h"
 #include "params/property_set_path.h"
-#include "params/property_value.h"
-#include "params/registry_values.h"
+#include "platform/property_key.h"
+#include "platform/property_value.h"
 #include "platform/published/results.h"
+#include "platform/registry_values.h"
 
 namespace korva::params {
 namespace {
@@ -91,10 +91,10 @@ HRESULT FxPropertyStore::GetAt(DWORD index, PROPERTYKEY* found) {
         }
         std::string name;
         if (const RegistryResult result = key.valueName(index, nameCapacity, name)) {
-            return hresultOf(result);
+            return platform::hresultOf(result);
         }
-        const PROPERTYKEY named = TextToKey(name);
-        if (!isValidKey(named)) {
+        const PROPERTYKEY named = platform::TextToKey(name);
+        if (!platform::isValidKey(named)) {
             return published::invalidArgument;
         }
         *found = named;
@@ -112,10 +112,10 @@ HRESULT FxPropertyStore::GetValue(REFPROPERTYKEY property, PROPVARIANT* value) {
         }
         PropVariantClear(value);
         platform::RegistryValue stored;
-        if (const RegistryResult result = key.readValue(KeyToText(property), stored)) {
-            return hresultOf(result);
+        if (const RegistryResult result = key.readValue(platform::KeyToText(property), stored)) {
+            return platform::hresultOf(result);
         }
-        return variantOf(stored, *value);
+        return platform::variantOf(stored, *value);
     });
 }
 
@@ -124,7 +124,7 @@ HRESULT FxPropertyStore::SetValue(REFPROPERTYKEY property, REFPROPVARIANT value)
         if (!isOpen()) {
             return published::invalidHandle;
         }
-        const std::string name = KeyToText(property);
+        const std::string name = platform::KeyToText(property);
         ValueBytes taken;
         if (const HRESULT result = takeBytes(value, taken)) {
             return result;
@@ -134,11 +134,12 @@ HRESULT FxPropertyStore::SetValue(REFPROPERTYKEY property, REFPROPVARIANT value)
 }
 
 HRESULT FxPropertyStore::Commit() {
-    return publishedCall([&] { return isOpen() ? hresultOf(key.flush()) : published::invalidHandle; });
+    return publishedCall(
+        [&] { return isOpen() ? platform::hresultOf(key.flush()) : published::invalidHandle; });
 }
 
 HRESULT FxPropertyStore::put(const std::string& valueName, const ValueBytes& value) {
-    const HRESULT result = hresultOf(WriteValue(valueName, value, persists()));
+    const HRESULT result = platform::hresultOf(WriteValue(valueName, value, persists()));
     if (result == published::ok) {
         valueWritten.set(valueName, decltype(valueWritten)::pulse);
     }
@@ -149,7 +150,7 @@ HRESULT FxPropertyStore::remove(const std::string& valueName) {
     if (const Ref<StoreChannel> peer = currentChannel()) {
         sendDeleteValue(*peer, storeName(), valueName);
     }
-    const HRESULT result = persists() ? hresultOf(key.deleteValue(valueName)) : published::ok;
+    const HRESULT result = persists() ? platform::hresultOf(key.deleteValue(valueName)) : published::ok;
     if (result == published::ok) {
         valueDeleted.set(valueName, decltype(valueDeleted)::pulse);
     }
@@ -158,7 +159,7 @@ HRESULT FxPropertyStore::remove(const std::string& valueName) {
 
 RegistryResult FxPropertyStore::WriteValue(std::string_view valueName, const ValueBytes& value,
                                            bool persist) {
-    const std::optional<std::uint32_t> type = registryTypeOf(value.kind);
+    const std::optional<std::uint32_t> type = platform::registryTypeOf(value.kind);
     if (!type) {
         return published::unspecifiedFailure;
     }
@@ -194,11 +195,11 @@ void FxPropertyStore::SyncToChannel() {
 
 // A value that can't be read is passed over.
 void FxPropertyStore::sendStoredValue(std::string_view valueName) {
-    const PROPERTYKEY property = TextToKey(valueName);
-    PropertyValue value;
+    const PROPERTYKEY property = platform::TextToKey(valueName);
+    platform::PropertyValue value;
     ValueBytes taken;
     if (GetValue(property, value.out()) == published::ok && takeBytes(value.get(), taken) == published::ok) {
-        static_cast<void>(WriteValue(KeyToText(property), taken, false));
+        static_cast<void>(WriteValue(platform::KeyToText(property), taken, false));
     }
 }
 

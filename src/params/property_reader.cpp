@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "params/property_value.h"
 #include "platform/last_error.h"
+#include "platform/property_value.h"
 #include "platform/published/results.h"
 #include "platform/registry.h"
 #include "platform/unicode.h"
@@ -12,7 +12,7 @@ namespace korva::params {
 namespace {
 
 /// A value that a store gave, unless the result says otherwise.
-ReadResult readValue(IPropertyStore* store, REFPROPERTYKEY key, PropertyValue& value) {
+ReadResult readValue(IPropertyStore* store, REFPROPERTYKEY key, platform::PropertyValue& value) {
     if (store == nullptr) {
         return published::nullPointer;
     }
@@ -51,7 +51,7 @@ std::optional<std::uint32_t> numberIn(REFPROPVARIANT value) noexcept {
 
 ReadResult ReadU32(IPropertyStore* store, REFPROPERTYKEY key, std::uint32_t& out) {
     out = 0;
-    PropertyValue value;
+    platform::PropertyValue value;
     if (const ReadResult result = readValue(store, key, value)) {
         return result;
     }
@@ -65,7 +65,7 @@ ReadResult ReadU32(IPropertyStore* store, REFPROPERTYKEY key, std::uint32_t& out
 
 ReadResult ReadText(IPropertyStore* store, REFPROPERTYKEY key, std::string& out) {
     out.clear();
-    PropertyValue value;
+    platform::PropertyValue value;
     if (const ReadResult result = readValue(store, key, value)) {
         return result;
     }

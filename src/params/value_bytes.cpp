@@ -3,6 +3,7 @@
 #include <span>
 
 #include "platform/published/results.h"
+#include "platform/registry_values.h"
 #include "platform/unicode.h"
 
 namespace korva::params {
@@ -62,7 +63,7 @@ HRESULT takeBytes(REFPROPVARIANT value, ValueBytes& taken) {
             }
             bytes = bytesOf(value.blob);
             break;
-        case textList:
+        case platform::textList:
             if (value.calpwstr.cElems != 0 && value.calpwstr.pElems == nullptr) {
                 return published::invalidArgument;
             }

@@ -6,9 +6,6 @@
 
 namespace korva::params {
 
-/// A list of strings, as a variant's kind.
-inline constexpr auto textList = static_cast<VARTYPE>(VT_VECTOR | VT_LPWSTR);
-
 /// A value's kind with the bytes that the kind stands for: the number's, little-endian; the UTF-16 text with
 /// its terminator; the blob's; the strings of a list, each with its terminator, one after another. Nothing
 /// for VT_EMPTY, which stands for no value.
@@ -18,8 +15,8 @@ struct ValueBytes {
 };
 
 /// Copies a value's bytes. 0x80004001 for a kind other than VT_EMPTY, VT_I4, VT_UI4, VT_I8, VT_UI8,
-/// VT_LPWSTR, VT_BLOB and `textList`; 0x80070057 for a blob or a list with a length but no contents. A null
-/// string counts as an empty one. `taken` is as it was unless the result is 0.  [any]
+/// VT_LPWSTR, VT_BLOB and `platform::textList`; 0x80070057 for a blob or a list with a length but no
+/// contents. A null string counts as an empty one. `taken` is as it was unless the result is 0.  [any]
 [[nodiscard]] HRESULT takeBytes(REFPROPVARIANT value, ValueBytes& taken);
 
 }  // namespace korva::params

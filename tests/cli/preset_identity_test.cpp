@@ -9,7 +9,7 @@
 #include "korva/preset/preset_properties.h"
 #include "korva/preset/preset_text.h"
 #include "korva/preset/stored_preset.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 #include "platform/registry.h"
 #include "tests/support/own_registry.h"
 
@@ -106,7 +106,7 @@ TEST(PresetIdentity, InstallingWhatWasDumpedChangesNothing) {
     RandomPresets random(seedOfRun());
     for (const params::ParamLayout& layout : params::allLayouts()) {
         for (int i = 0; i < presetsOfAnEngine && !testing::Test::HasFatalFailure(); ++i) {
-            SCOPED_TRACE(params::guidText(layout.engineId) + " " + std::to_string(i));
+            SCOPED_TRACE(platform::guidText(layout.engineId) + " " + std::to_string(i));
             expectIdentity(random.next(layout), path, key);
         }
     }

@@ -9,7 +9,7 @@
 #include "korva/catalogue/engine_parameters.h"
 #include "korva/preset/effect_class.h"
 #include "params/chunk_plan.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 #include "tests/cli/preset_tool_test.h"
 
 namespace korva::tool {
@@ -32,7 +32,7 @@ Bytes bytes(std::initializer_list<unsigned> values) {
 }
 
 Preset presetOf(const char* engine) {
-    return {.engineId = params::GuidFromText(engine)};
+    return {.engineId = platform::GuidFromText(engine)};
 }
 
 /// What is there after a preset was installed where nothing was.
@@ -48,7 +48,7 @@ Values valuesOf(const Preset& preset) {
 
 Preset read(const Values& values) {
     return readPreset(kind, [&](const PROPERTYKEY& key) {
-        const auto found = values.find(params::KeyToText(key));
+        const auto found = values.find(platform::KeyToText(key));
         return found == values.end() ? std::nullopt : std::optional(found->second);
     });
 }

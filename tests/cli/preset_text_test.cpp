@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "params/property_key.h"
+#include "platform/property_key.h"
 #include "tests/cli/preset_tool_test.h"
 
 namespace korva::tool {
@@ -62,7 +62,7 @@ Bytes float8(const std::string& value) {
 
 /// The text of a third engine's preset whose parameter -22, one float, has these bytes.
 std::string textWith(const Bytes& payload) {
-    Preset preset{.engineId = params::GuidFromText(test::thirdEngine)};
+    Preset preset{.engineId = platform::GuidFromText(test::thirdEngine)};
     preset.parameters[{-1, -22}] = payload;
     return presetText(preset);
 }
@@ -78,7 +78,7 @@ TEST(PresetText, ReadsAllOfAPreset) {
             "hardware": true, "parameters": [{"module": 0, "id": 8, "bools": [true]},
             {"module": -1, "id": -22, "floats": [0.5]}]})");
     ASSERT_TRUE(right.preset);
-    EXPECT_EQ(params::guidText(right.preset->engineId), test::thirdEngine);
+    EXPECT_EQ(platform::guidText(right.preset->engineId), test::thirdEngine);
     EXPECT_EQ(right.preset->presetVersion, 4294967295);
     EXPECT_TRUE(right.preset->hardware);
     const std::map<ParameterPlace, Bytes> expected = {{{-1, -22}, bytes({0, 0, 0, 0x3F})},
@@ -352,7 +352,7 @@ TEST(PresetText, WritesBytesWhereNumbersDoNotSayThem) {
         << "infinity";
     EXPECT_NE(textWith(bytes({1, 2, 3})).find(R"("bytes": "010203")"), std::string::npos) << "size";
     EXPECT_NE(textWith({}).find(R"("bytes": "")"), std::string::npos) << "none";
-    Preset preset{.engineId = params::GuidFromText(test::thirdEngine)};
+    Preset preset{.engineId = platform::GuidFromText(test::thirdEngine)};
     preset.parameters[{0, 8}] = bytes({2});
     EXPECT_NE(presetText(preset).find(R"("bytes": "02")"), std::string::npos) << "no bool";
 }

@@ -7,7 +7,7 @@
 
 #include "korva/errors.h"
 #include "korva/preset/preset_text.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 #include "tests/cli/preset_tool_test.h"
 
 namespace korva::tool {
@@ -40,7 +40,7 @@ public:
                 install(due->second);
             }
             ++reads;
-            const auto found = values.find(params::KeyToText(key));
+            const auto found = values.find(platform::KeyToText(key));
             return found == values.end() ? std::nullopt : std::optional(found->second);
         };
     }
@@ -55,7 +55,7 @@ private:
 /// A preset that differs in each chunk from those of other versions.
 Preset numbered(std::uint32_t version, const char* engine = test::thirdEngine) {
     const std::vector<std::byte> payload = {static_cast<std::byte>(version), std::byte{1}, std::byte{1}};
-    Preset preset{.engineId = params::GuidFromText(engine), .presetVersion = version};
+    Preset preset{.engineId = platform::GuidFromText(engine), .presetVersion = version};
     for (const std::int32_t id : {-39, -16, -14, -13}) {
         preset.parameters[{-1, id}] = payload;
     }

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "params/guid_hash.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 #include "tests/support/byte_list.h"
 #include "tests/support/engines.h"
 
@@ -77,7 +77,7 @@ TEST(Catalogue, ModulesStandInOrderWithTheirIdentifiersAndCounts) {
         for (std::uint32_t i = 0; i < layout.ModuleCount(); ++i, ++next) {
             const ParamModuleRecord& module = layout.Module(i);
             EXPECT_EQ(module.moduleIndex, i);
-            EXPECT_EQ(guidText(module.moduleId), expected[next].moduleId);
+            EXPECT_EQ(platform::guidText(module.moduleId), expected[next].moduleId);
             EXPECT_EQ(module.descriptors.Count(), expected[next].count) << expected[next].moduleId;
         }
     }

@@ -2,15 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 namespace korva::params {
 namespace {
 
 TEST(EffectKeys, EachPlaceOfAnEffectIsSelectedByAKeyOfItsOwn) {
-    EXPECT_EQ(KeyToText(selectionKey(EffectKind::stream)), "{6dcc1ac8-4a3c-4a98-a3a7-f967127d5763},3");
-    EXPECT_EQ(KeyToText(selectionKey(EffectKind::mode)), "{6dcc1ac8-4a3c-4a98-a3a7-f967127d5763},4");
-    EXPECT_EQ(KeyToText(selectionKey(EffectKind::endpoint)), "{6dcc1ac8-4a3c-4a98-a3a7-f967127d5763},5");
+    EXPECT_EQ(platform::KeyToText(selectionKey(EffectKind::stream)),
+              "{6dcc1ac8-4a3c-4a98-a3a7-f967127d5763},3");
+    EXPECT_EQ(platform::KeyToText(selectionKey(EffectKind::mode)),
+              "{6dcc1ac8-4a3c-4a98-a3a7-f967127d5763},4");
+    EXPECT_EQ(platform::KeyToText(selectionKey(EffectKind::endpoint)),
+              "{6dcc1ac8-4a3c-4a98-a3a7-f967127d5763},5");
 }
 
 TEST(EffectKeys, AnEffectsOwnPropertiesHaveTheirNumbers) {

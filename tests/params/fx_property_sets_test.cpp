@@ -17,8 +17,8 @@
 
 #include "framework/wait_any.h"
 #include "params/effect_keys.h"
-#include "params/property_key.h"
 #include "params/property_set_path.h"
+#include "platform/property_key.h"
 #include "platform/published/results.h"
 #include "tests/support/fake_device.h"
 #include "tests/support/own_endpoint.h"
@@ -71,7 +71,7 @@ protected:
     void makeReportingSets() {
         makeSets([this](FxPropertySets::SetType type, REFPROPERTYKEY key) {
             EXPECT_TRUE(owner->isOwnThread());
-            reports.emplace_back(type, KeyToText(key));
+            reports.emplace_back(type, platform::KeyToText(key));
             ++reportCount;
         });
     }

@@ -6,8 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include "params/property_value.h"
+#include "platform/property_value.h"
 #include "platform/published/results.h"
+#include "platform/registry_values.h"
 #include "tests/params/own_store.h"
 #include "tests/support/variants.h"
 
@@ -118,7 +119,7 @@ TEST(FxPropertyStore, ReadsWhatIsStored) {
     own.fill(someName(2), registry_type::dword, "\377\377\377\377"sv);
     own.fill(someName(3), registry_type::binary, std::string(100, 'b'));
     own.fill(someName(4), registry_type::multiString, "a\0\0\0b\0\0\0\0\0"sv);
-    PropertyValue value;
+    platform::PropertyValue value;
     EXPECT_EQ(own.store->GetValue(someKey(1), value.out()), published::ok);
     ASSERT_EQ(value->vt, VT_LPWSTR);
     EXPECT_EQ(platform::toUtf8(value->pwszVal), "MF");
@@ -129,7 +130,7 @@ TEST(FxPropertyStore, ReadsWhatIsStored) {
     EXPECT_EQ(value->vt, VT_BLOB);
     EXPECT_EQ(value->blob.cbSize, 100U);
     EXPECT_EQ(own.store->GetValue(someKey(4), value.out()), published::ok);
-    EXPECT_EQ(value->vt, textList);
+    EXPECT_EQ(value->vt, platform::textList);
     EXPECT_EQ(value->calpwstr.cElems, 3U);
 }
 
@@ -147,7 +148,7 @@ TEST(FxPropertyStore, AMissingOrUnreadableValueIsAFailure) {
     const OwnStore own;
     own.fill(someName(1), registry_type::qword, "\1\0\0\0\0\0\0\0"sv);
     own.fill(someName(2), registry_type::multiString, "a\0\0"sv);
-    PropertyValue value;
+    platform::PropertyValue value;
     EXPECT_EQ(own.store->GetValue(someKey(0), value.out()), missing);
     EXPECT_EQ(own.store->GetValue(someKey(1), value.out()), published::notImplemented);
     EXPECT_EQ(own.store->GetValue(someKey(2), value.out()), static_cast<HRESULT>(0x8007000DU));
@@ -202,7 +203,7 @@ TEST(FxPropertyStore, OnlyBit3OfItsModePersists) {
     SignalListener deleted(store->valueDeleted);
     EXPECT_EQ(store->SetValue(someKey(7), test::signedVariant(-1)), published::ok);
     EXPECT_EQ(own.stored(someName(7)), std::string(4, '\377'));
-    PropertyValue value;
+    platform::PropertyValue value;
     EXPECT_EQ(store->GetValue(someKey(7), value.out()), published::ok);
     EXPECT_EQ(value->vt, VT_UI4) << "the sign isn't kept";
     EXPECT_EQ(value->ulVal, 0xFFFFFFFFU);
@@ -233,7 +234,7 @@ TEST(FxPropertyStore, PersistedValuesHaveTheTypesOfTheirKinds) {
         EXPECT_EQ(value.type, c.type);
         EXPECT_EQ(own.stored(someName(c.type)), c.data);
     }
-    PropertyValue value;
+    platform::PropertyValue value;
     EXPECT_EQ(store->GetValue(someKey(registry_type::qword), value.out()), published::notImplemented);
     EXPECT_EQ(store->GetValue(someKey(registry_type::multiString), value.out()), published::ok);
     EXPECT_EQ(value->calpwstr.cElems, 2U) << "no empty string was added";
@@ -300,7 +301,7 @@ TEST(FxPropertyStore, ADeletedKeyIsReported) {
     const OwnStore own;
     own.fill(someName(1), registry_type::dword, "\1\0\0\0"sv);
     own.endpoint.deleteSet("User");
-    PropertyValue value;
+    platform::PropertyValue value;
     EXPECT_EQ(own.store->GetValue(someKey(1), value.out()), static_cast<HRESULT>(0x800703FAU));
     DWORD count = 3;
     EXPECT_EQ(own.store->GetCount(&count), published::ok);

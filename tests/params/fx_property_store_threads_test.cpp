@@ -8,7 +8,7 @@
 
 #include "framework/dispatcher.h"
 #include "params/fx_property_store.h"
-#include "params/property_value.h"
+#include "platform/property_value.h"
 #include "platform/published/results.h"
 #include "tests/params/own_store.h"
 #include "tests/params/scripted_writer.h"
@@ -56,7 +56,7 @@ TEST(FxPropertyStoreThreads, ReadingDoesNotWaitForABusyOwner) {
     });
     EXPECT_TRUE(begun.pass());
 
-    PropertyValue value;
+    platform::PropertyValue value;
     EXPECT_EQ(store->GetValue(someKey(1), value.out()), published::ok);
     EXPECT_EQ(value->ulVal, 5U);
     DWORD count = 0;
@@ -97,7 +97,7 @@ TEST(FxPropertyStoreThreads, AStoreClosesUnderItsReaders) {
         readers.emplace_back([&] {
             HRESULT result = published::ok;
             while (result == published::ok) {
-                PropertyValue value;
+                platform::PropertyValue value;
                 result = store->GetValue(someKey(1), value.out());
                 ++reading;
             }

@@ -4,11 +4,8 @@ set(store_tests
     effect_keys_test.cpp
     fx_property_store_test.cpp
     fx_property_store_threads_test.cpp
-    multi_string_test.cpp
-    property_key_test.cpp
     property_reader_test.cpp
     property_set_path_test.cpp
-    registry_values_test.cpp
     store_channel_test.cpp
     store_sync_test.cpp
     value_bytes_test.cpp)

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/published/results.h"
+#include "platform/registry_values.h"
 #include "tests/support/variants.h"
 
 namespace korva::params {
@@ -86,7 +87,7 @@ TEST(ValueBytes, ALengthWithoutContentsIsRefused) {
     PROPVARIANT blob = test::variantOfKind(VT_BLOB);
     blob.blob.cbSize = 1;
     EXPECT_EQ(takeBytes(blob, bytes), published::invalidArgument);
-    PROPVARIANT list = test::variantOfKind(textList);
+    PROPVARIANT list = test::variantOfKind(platform::textList);
     list.calpwstr.cElems = 1;
     EXPECT_EQ(takeBytes(list, bytes), published::invalidArgument);
     EXPECT_EQ(bytes.kind, VT_EMPTY);

@@ -8,7 +8,7 @@
 #include "korva/errors.h"
 #include "korva/preset/preset_text.h"
 #include "korva/standard_streams.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 namespace korva::tool {
 namespace {
@@ -28,7 +28,7 @@ constexpr const char* explanation =
     "  korva catalogue --engine {c9f475bc-13e4-6150-ae88-790995afc7c1}\n";
 
 const params::ParamLayout& engineOfText(const std::string& text) {
-    const params::ParamLayout* const layout = params::FindLayout(params::GuidFromText(text));
+    const params::ParamLayout* const layout = params::FindLayout(platform::GuidFromText(text));
     if (layout == nullptr) {
         fail("--engine takes a known engine, {}, not '{}'", knownEnginesText(), text);
     }

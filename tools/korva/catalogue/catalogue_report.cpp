@@ -11,7 +11,7 @@
 #include "korva/catalogue/engine_parameters.h"
 #include "korva/json.h"
 #include "korva/preset/field_words.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 namespace korva::tool {
 namespace {
@@ -41,7 +41,7 @@ std::vector<ListedModule> modulesOf(const params::ParamLayout& layout) {
     std::vector<ListedModule> modules = {{-1, "", base.Count(), bytesOf(base)}};
     for (std::uint32_t i = 0; i < layout.ModuleCount(); ++i) {
         const params::ParamModuleRecord& module = layout.Module(i);
-        modules.push_back({static_cast<std::int32_t>(module.moduleIndex), params::guidText(module.moduleId),
+        modules.push_back({static_cast<std::int32_t>(module.moduleIndex), platform::guidText(module.moduleId),
                            module.descriptors.Count(), bytesOf(module.descriptors)});
     }
     return modules;
@@ -87,7 +87,7 @@ std::string dspModulesText(const params::ParamLayout& layout) {
 std::string headText(const params::ParamLayout& layout, const EngineListing& listing) {
     std::string text = fmt::format(
         "Engine {}\n  DSP module: {}\n  {} parameters, {} bytes in {} chunks of at most {} bytes\n\n",
-        params::guidText(layout.engineId), dspModulesText(layout), listing.parameters.size(), listing.bytes,
+        platform::guidText(layout.engineId), dspModulesText(layout), listing.parameters.size(), listing.bytes,
         listing.chunkCount, listing.chunkCapacity);
     text += "  module  id                                      parameters  bytes\n";
     for (const ListedModule& module : modulesOf(layout)) {
@@ -128,7 +128,7 @@ Json dspModulesJson(const params::ParamLayout& layout) {
 }
 
 Json headJson(const params::ParamLayout& layout, const EngineListing& listing) {
-    return {{"engine", params::guidText(layout.engineId)},
+    return {{"engine", platform::guidText(layout.engineId)},
             {"parameterCount", listing.parameters.size()},
             {"bytes", listing.bytes},
             {"chunkCount", listing.chunkCount},

@@ -9,8 +9,8 @@
 #include "korva/registry/registry_errors.h"
 #include "korva/standard_streams.h"
 #include "korva/whole_file.h"
-#include "params/property_key.h"
 #include "params/property_set_path.h"
+#include "platform/property_key.h"
 
 namespace korva::tool {
 namespace {
@@ -49,13 +49,13 @@ std::string userSetPath(const PresetOptions& options) {
 std::string summaryText(const Preset& preset) {
     const PresetExtent extent = extentOf(preset);
     return fmt::format("engine {}, {} parameter{} set, {} chunks, {} bytes",
-                       params::guidText(preset.engineId), preset.parameters.size(),
+                       platform::guidText(preset.engineId), preset.parameters.size(),
                        preset.parameters.size() == 1 ? "" : "s", extent.chunks, extent.bytes);
 }
 
 void addSummary(Json& json, const Preset& preset) {
     const PresetExtent extent = extentOf(preset);
-    json["engine"] = params::guidText(preset.engineId);
+    json["engine"] = platform::guidText(preset.engineId);
     json["presetVersion"] = preset.presetVersion;
     json["hardware"] = preset.hardware;
     json["parametersSet"] = preset.parameters.size();

@@ -8,7 +8,7 @@
 #include "korva/preset/effect_class.h"
 #include "params/chunk_plan.h"
 #include "params/preset_blob.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 #include "platform/unicode.h"
 
 namespace korva::tool {
@@ -96,7 +96,7 @@ private:
         changes.push_back({.kind = kind,
                            .root = platform::RegistryRoot::localMachine,
                            .path = path,
-                           .name = params::KeyToText(key),
+                           .name = platform::KeyToText(key),
                            .value = std::move(value)});
     }
 
@@ -141,11 +141,11 @@ template <typename... Args>
 GUID guidIn(const PropertyReader& property, const PROPERTYKEY& key, std::string_view what) {
     const std::optional<std::string> text = textIn(property(key));
     if (!text) {
-        refuse("{} {} is missing or no text", what, params::KeyToText(key));
+        refuse("{} {} is missing or no text", what, platform::KeyToText(key));
     }
-    const GUID guid = params::GuidFromText(*text);
+    const GUID guid = platform::GuidFromText(*text);
     if (guid == GUID{}) {
-        refuse("{} {} is no GUID: '{}'", what, params::KeyToText(key), *text);
+        refuse("{} {} is no GUID: '{}'", what, platform::KeyToText(key), *text);
     }
     return guid;
 }
@@ -199,11 +199,11 @@ std::vector<RegistryChange> presetChanges(const Preset& preset, const std::strin
     for (std::uint32_t index = plan.chunkCount; index < mostChunks(); ++index) {
         steps.remove({fxId, effect_property::firstChunk + index});
     }
-    steps.set({fxId, effect_property::engineId}, textValue(params::guidText(preset.engineId)));
+    steps.set({fxId, effect_property::engineId}, textValue(platform::guidText(preset.engineId)));
     steps.set({fxId, effect_property::modeFlags},
               numberValue(preset.hardware ? params::mode_flag::hardware : 0));
     steps.set({fxId, effect_property::presetVersion}, numberValue(preset.presetVersion));
-    steps.set(params::selectionKey(kind), textValue(params::guidText(fxId)));
+    steps.set(params::selectionKey(kind), textValue(platform::guidText(fxId)));
     return changes;
 }
 
@@ -213,13 +213,13 @@ Preset readPreset(params::EffectKind kind, const PropertyReader& property) {
     preset.presetVersion = numberIn(property({fxId, effect_property::presetVersion})).value_or(0);
     if (preset.presetVersion == 0) {
         refuse("presetVersion {} is missing, 0 or no number",
-               params::KeyToText({fxId, effect_property::presetVersion}));
+               platform::KeyToText({fxId, effect_property::presetVersion}));
     }
     const DWORD flags = numberIn(property({fxId, effect_property::modeFlags})).value_or(0);
     preset.hardware = (flags & params::mode_flag::hardware) != 0;
     preset.engineId = guidIn(property, {fxId, effect_property::engineId}, "the engine");
     if (params::FindLayout(preset.engineId) == nullptr) {
-        refuse("the engine {} is unknown", params::guidText(preset.engineId));
+        refuse("the engine {} is unknown", platform::guidText(preset.engineId));
     }
     readChunks(preset, fxId, property);
     return preset;

@@ -7,7 +7,7 @@
 
 #include "korva/preset/field_values.h"
 #include "korva/preset/preset_text.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 namespace korva::tool {
 namespace {
@@ -112,7 +112,7 @@ private:
             return;
         }
         const auto* const text = value->as<std::string>();
-        layout = text == nullptr ? nullptr : params::FindLayout(params::GuidFromText(*text));
+        layout = text == nullptr ? nullptr : params::FindLayout(platform::GuidFromText(*text));
         if (layout == nullptr) {
             note("engine", "expected a known engine, {}; got {}", knownEnginesText(), valueText(*value));
             return;
@@ -249,7 +249,7 @@ std::string knownEnginesText() {
     std::vector<std::string> names;
     std::ranges::transform(
         params::allLayouts(), std::back_inserter(names),
-        [](const params::ParamLayout& layout) { return params::guidText(layout.engineId); });
+        [](const params::ParamLayout& layout) { return platform::guidText(layout.engineId); });
     const std::vector<std::string_view> words(names.begin(), names.end());
     return listText(words, " or ");
 }

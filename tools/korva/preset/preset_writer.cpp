@@ -7,7 +7,7 @@
 
 #include "korva/preset/field_words.h"
 #include "korva/preset/preset_text.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 namespace korva::tool {
 namespace {
@@ -107,7 +107,7 @@ std::string presetText(const Preset& preset) {
         "  \"hardware\": {},\n"
         "  \"parameters\": {}\n"
         "}}\n",
-        params::guidText(preset.engineId), preset.presetVersion, preset.hardware,
+        platform::guidText(preset.engineId), preset.presetVersion, preset.hardware,
         parametersArray(preset, *params::FindLayout(preset.engineId)));
 }
 

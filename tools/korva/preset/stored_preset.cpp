@@ -10,7 +10,7 @@
 #include "korva/errors.h"
 #include "korva/interruption.h"
 #include "korva/registry/registry_errors.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 namespace korva::tool {
 namespace {
@@ -40,7 +40,7 @@ public:
     Look(params::EffectKind kind, const PropertyReader& property) {
         try {
             preset = readPreset(kind, [&](const PROPERTYKEY& key) {
-                return values.emplace(params::KeyToText(key), property(key)).first->second;
+                return values.emplace(platform::KeyToText(key), property(key)).first->second;
             });
         } catch (const NoPreset&) {
             refusal = std::current_exception();
@@ -85,7 +85,7 @@ Preset readPresetAtRest(params::EffectKind kind, const PropertyReader& property)
 
 Preset readStoredPreset(const platform::RegistryKey& key, params::EffectKind kind) {
     return readPresetAtRest(
-        kind, [&](const PROPERTYKEY& property) { return valueNamed(key, params::KeyToText(property)); });
+        kind, [&](const PROPERTYKEY& property) { return valueNamed(key, platform::KeyToText(property)); });
 }
 
 }  // namespace korva::tool

@@ -5,7 +5,7 @@
 
 #include "engine/engine_config_document.h"
 #include "params/catalogue.h"
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 namespace korva::tool {
 namespace {
@@ -34,7 +34,7 @@ Document documentOf(const Pass& pass, const GUID& engineId) {
     const auto built =
         engine::buildEngineConfigDocument(pass.flags, engineId, pass.presetVersion, pass.endpoint);
     const std::vector<std::string> modules = built->platformModuleNames();
-    return {.name = fmt::format("{} of engine {}", pass.name, params::guidText(engineId)),
+    return {.name = fmt::format("{} of engine {}", pass.name, platform::guidText(engineId)),
             .engine = engineId,
             .moduleName = modules.empty() ? std::string() : modules.front(),
             .text = engine::dumpEngineConfigDocument(*built)};

@@ -1,4 +1,4 @@
-#include "params/registry_values.h"
+#include "platform/registry_values.h"
 
 #include <gtest/gtest.h>
 
@@ -8,19 +8,17 @@
 #include <string_view>
 #include <vector>
 
-#include "params/property_value.h"
-#include "params/value_bytes.h"
+#include "platform/property_value.h"
 #include "platform/published/results.h"
 #include "platform/unicode.h"
 
-namespace korva::params {
+namespace korva::platform {
 namespace {
 
 using namespace std::string_view_literals;
-namespace registry_type = platform::registry_type;
 using Strings = std::vector<std::string>;
 
-platform::RegistryValue stored(std::uint32_t type, std::string_view data) {
+RegistryValue stored(std::uint32_t type, std::string_view data) {
     const std::span bytes = std::as_bytes(std::span(data));
     return {type, std::vector<std::byte>(bytes.begin(), bytes.end())};
 }
@@ -32,7 +30,7 @@ HRESULT read(PropertyValue& value, std::uint32_t type, std::string_view data) {
 Strings stringsOf(const PropertyValue& value) {
     Strings strings;
     for (ULONG i = 0; i < value->calpwstr.cElems; ++i) {
-        strings.push_back(platform::toUtf8(value->calpwstr.pElems[i]));
+        strings.push_back(toUtf8(value->calpwstr.pElems[i]));
     }
     return strings;
 }
@@ -54,7 +52,7 @@ TEST(RegistryValues, ATextIsTerminatedHoweverItIsStored) {
         PropertyValue value;
         ASSERT_EQ(read(value, registry_type::string, data), published::ok);
         ASSERT_EQ(value->vt, VT_LPWSTR);
-        EXPECT_EQ(platform::toUtf8(value->pwszVal), "a\303\244");
+        EXPECT_EQ(toUtf8(value->pwszVal), "a\303\244");
     }
 }
 
@@ -62,7 +60,7 @@ TEST(RegistryValues, ATextOfNoLengthIsEmpty) {
     for (const std::string_view data : {""sv, "x"sv, "\0\0"sv}) {
         PropertyValue value;
         ASSERT_EQ(read(value, registry_type::string, data), published::ok);
-        EXPECT_EQ(platform::toUtf8(value->pwszVal), "");
+        EXPECT_EQ(toUtf8(value->pwszVal), "");
     }
 }
 
@@ -176,4 +174,4 @@ TEST(RegistryValues, AResultOfTheRegistryBecomesOneOfAMethod) {
 }
 
 }  // namespace
-}  // namespace korva::params
+}  // namespace korva::platform

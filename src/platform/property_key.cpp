@@ -1,9 +1,9 @@
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 #include <array>
 #include <cstdint>
 
-namespace korva::params {
+namespace korva::platform {
 namespace {
 
 constexpr int digitCount = 32;
@@ -109,4 +109,4 @@ bool isValidKey(REFPROPERTYKEY key) noexcept {
     return !(key.fmtid == GUID{});
 }
 
-}  // namespace korva::params
+}  // namespace korva::platform

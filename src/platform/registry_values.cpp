@@ -1,17 +1,13 @@
-#include "params/registry_values.h"
+#include "platform/registry_values.h"
 
 #include <cstring>
 #include <span>
 
-#include "params/multi_string.h"
-#include "params/value_bytes.h"
+#include "platform/multi_string.h"
 #include "platform/published/results.h"
 
-namespace korva::params {
+namespace korva::platform {
 namespace {
-
-namespace registry_result = platform::registry_result;
-namespace registry_type = platform::registry_type;
 
 using Bytes = std::span<const std::byte>;
 
@@ -66,8 +62,8 @@ HRESULT setNumber(PROPVARIANT& value, Bytes data) {
     return published::ok;
 }
 
-platform::WideString unitsOf(Bytes data) {
-    platform::WideString units(data.size() / sizeof(WCHAR), WCHAR{0});
+WideString unitsOf(Bytes data) {
+    WideString units(data.size() / sizeof(WCHAR), WCHAR{0});
     if (!units.empty()) {
         std::memcpy(units.data(), data.data(), data.size());
     }
@@ -75,7 +71,7 @@ platform::WideString unitsOf(Bytes data) {
 }
 
 /// Adds the strings one by one, so that the list frees those that it has when there is no memory for more.
-bool addStrings(CALPWSTR& list, platform::WideView rest, std::size_t count, TaskMemory allocate) {
+bool addStrings(CALPWSTR& list, WideView rest, std::size_t count, TaskMemory allocate) {
     while (list.cElems < count) {
         const LPWSTR copy = terminatedCopy(std::as_bytes(std::span(takeString(rest))), allocate);
         if (copy == nullptr) {
@@ -90,7 +86,7 @@ HRESULT setList(PROPVARIANT& value, Bytes data, TaskMemory allocate) {
     if (data.size() % sizeof(WCHAR) != 0) {
         return hresultOf(registry_result::invalidData);
     }
-    const platform::WideString units = unitsOf(data);
+    const WideString units = unitsOf(data);
     const std::size_t count = stringCount(units);
     CALPWSTR list{};
     if (count != 0) {
@@ -130,7 +126,7 @@ std::optional<std::uint32_t> registryTypeOf(VARTYPE kind) noexcept {
     }
 }
 
-HRESULT variantOf(const platform::RegistryValue& stored, PROPVARIANT& value, TaskMemory allocate) {
+HRESULT variantOf(const RegistryValue& stored, PROPVARIANT& value, TaskMemory allocate) {
     switch (stored.type) {
         case registry_type::string:
             return setText(value, stored.data, allocate);
@@ -145,8 +141,8 @@ HRESULT variantOf(const platform::RegistryValue& stored, PROPVARIANT& value, Tas
     }
 }
 
-HRESULT variantOf(const platform::RegistryValue& stored, PROPVARIANT& value) {
+HRESULT variantOf(const RegistryValue& stored, PROPVARIANT& value) {
     return variantOf(stored, value, [](std::size_t size) { return CoTaskMemAlloc(size); });
 }
 
-}  // namespace korva::params
+}  // namespace korva::platform

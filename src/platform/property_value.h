@@ -3,7 +3,7 @@
 
 #include "platform/published/property_types.h"
 
-namespace korva::params {
+namespace korva::platform {
 
 /// Owns a PROPVARIANT.
 class PropertyValue {
@@ -25,4 +25,4 @@ private:
     PROPVARIANT value{};
 };
 
-}  // namespace korva::params
+}  // namespace korva::platform

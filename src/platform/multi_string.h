@@ -5,13 +5,13 @@
 
 #include "platform/unicode.h"
 
-namespace korva::params {
+namespace korva::platform {
 
 /// As many as there are zeros, the one counted that a text lacks at its end. So the closing empty string that
 /// writers of such lists use to add counts as one more; only a text of no length has none.  [any]
-[[nodiscard]] std::size_t stringCount(platform::WideView text) noexcept;
+[[nodiscard]] std::size_t stringCount(WideView text) noexcept;
 
 /// Takes the first string off the front of `rest`, which has one, and gives it without its zero.  [any]
-[[nodiscard]] platform::WideView takeString(platform::WideView& rest) noexcept;
+[[nodiscard]] WideView takeString(WideView& rest) noexcept;
 
-}  // namespace korva::params
+}  // namespace korva::platform

@@ -11,7 +11,10 @@
 #include "platform/published/property_types.h"
 #include "platform/registry.h"
 
-namespace korva::params {
+namespace korva::platform {
+
+/// A list of strings, as a variant's kind.
+inline constexpr auto textList = static_cast<VARTYPE>(VT_VECTOR | VT_LPWSTR);
 
 /// The registry's type for a kind of value: REG_DWORD for VT_I4 and VT_UI4, REG_QWORD for VT_I8 and VT_UI8,
 /// REG_SZ for VT_LPWSTR, REG_BINARY for VT_BLOB, REG_MULTI_SZ for a list of strings. None for all others.
@@ -30,15 +33,14 @@ using TaskMemory = void* (*)(std::size_t size);
 ///   other types   0x80004001
 ///
 /// 0x8007000E without memory. `value` is empty before, and stays so unless the result is 0.  [any]
-[[nodiscard]] HRESULT variantOf(const platform::RegistryValue& stored, PROPVARIANT& value,
-                                TaskMemory allocate);
-[[nodiscard]] HRESULT variantOf(const platform::RegistryValue& stored, PROPVARIANT& value);
+[[nodiscard]] HRESULT variantOf(const RegistryValue& stored, PROPVARIANT& value, TaskMemory allocate);
+[[nodiscard]] HRESULT variantOf(const RegistryValue& stored, PROPVARIANT& value);
 
 /// What published methods give for a result of the registry: 0 and negative numbers as they are, a positive
 /// one as 0x8007 with its low half.  [any]
-[[nodiscard]] constexpr HRESULT hresultOf(platform::RegistryResult result) noexcept {
+[[nodiscard]] constexpr HRESULT hresultOf(RegistryResult result) noexcept {
     return result <= 0 ? result
                        : static_cast<HRESULT>((static_cast<std::uint32_t>(result) & 0xFFFFU) | 0x80070000U);
 }
 
-}  // namespace korva::params
+}  // namespace korva::platform

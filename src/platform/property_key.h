@@ -6,7 +6,7 @@
 
 #include "platform/published/property_types.h"
 
-namespace korva::params {
+namespace korva::platform {
 
 /// The 38 characters of a GUID in lower case: {6dcc1ac8-4a3c-4a98-a3a7-f967127d5763}.  [any]
 [[nodiscard]] std::string guidText(const GUID& guid);
@@ -26,4 +26,4 @@ namespace korva::params {
 /// Whether the key's GUID isn't all zero.  [any]
 [[nodiscard]] bool isValidKey(REFPROPERTYKEY key) noexcept;
 
-}  // namespace korva::params
+}  // namespace korva::platform

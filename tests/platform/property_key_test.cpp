@@ -1,10 +1,10 @@
-#include "params/property_key.h"
+#include "platform/property_key.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-namespace korva::params {
+namespace korva::platform {
 namespace {
 
 constexpr GUID selection = {0x6DCC1AC8, 0x4A3C, 0x4A98, {0xA3, 0xA7, 0xF9, 0x67, 0x12, 0x7D, 0x57, 0x63}};
@@ -82,4 +82,4 @@ TEST(PropertyKey, AKeyComesBackFromItsText) {
 }
 
 }  // namespace
-}  // namespace korva::params
+}  // namespace korva::platform

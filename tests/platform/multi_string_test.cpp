@@ -1,4 +1,4 @@
-#include "params/multi_string.h"
+#include "platform/multi_string.h"
 
 #include <gtest/gtest.h>
 
@@ -6,17 +6,17 @@
 #include <string_view>
 #include <vector>
 
-namespace korva::params {
+namespace korva::platform {
 namespace {
 
 using namespace std::string_view_literals;
 
 std::vector<std::string> split(std::string_view utf8) {
-    const platform::WideString text = platform::toWide(utf8);
-    platform::WideView rest = text;
+    const WideString text = toWide(utf8);
+    WideView rest = text;
     std::vector<std::string> strings(stringCount(text));
     for (std::string& string : strings) {
-        string = platform::toUtf8(takeString(rest));
+        string = toUtf8(takeString(rest));
     }
     EXPECT_TRUE(rest.empty());
     return strings;
@@ -51,4 +51,4 @@ TEST(MultiString, EmptyStringsInTheMiddleCount) {
 }
 
 }  // namespace
-}  // namespace korva::params
+}  // namespace korva::platform
