@@ -1,13 +1,16 @@
 // How an object writes down which of its values follow from which.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "framework/equal_values.h"
 #include "framework/nested_watch.h"
 #include "framework/observable.h"
 
@@ -50,6 +53,9 @@ public:
 /// A value that is a function of others: begun by a propagator on each source, and committed and finished by
 /// a pair of subscribers at the head of each source's list. So all derived values are computed before any is
 /// published, and whoever subscribes to a source finds them changed already.
+///
+/// A change that reaches several sources, one through the other, comes here by each of them. The first finds
+/// them all changed if it is the nearest one, which is subscribed first; the others find nothing new.
 template <class Function, class T, class... S>
 class Derivation final : public Wire {
 public:
@@ -69,10 +75,28 @@ public:
     }
 
 private:
+    using Inputs = std::tuple<S...>;
+
     static void propagate(void* context, ListenedTo& source, ActiveObject&, const void*, void*, const void*,
                           Reason) {
         auto& self = *static_cast<Derivation*>(context);
-        self.target.beginChange(self.compute(source));
+        if (self.takeInputs(source)) {
+            self.target.beginChange(std::apply(self.function, *self.inputs));
+        }
+    }
+
+    /// Whether the value hasn't been computed of these already.
+    bool takeInputs(const ListenedTo& changing) {
+        Inputs incoming = std::apply(
+            [&](const auto*... source) { return Inputs(valueOf(*source, changing)...); }, sources.values);
+        const bool areNew = !inputs || !areEqual(*inputs, incoming, std::index_sequence_for<S...>());
+        inputs = std::move(incoming);
+        return areNew;
+    }
+
+    template <std::size_t... I>
+    static bool areEqual(const Inputs& a, const Inputs& b, std::index_sequence<I...>) {
+        return (equalValues(std::get<I>(a), std::get<I>(b)) && ...);
     }
 
     static void commit(void* context, ListenedTo&, ActiveObject&, const void*, void*, const void*, Reason) {
@@ -81,11 +105,6 @@ private:
 
     static void finish(void* context, ListenedTo&, ActiveObject&, const void*, void*, const void*, Reason) {
         static_cast<Derivation*>(context)->target.finishChange();
-    }
-
-    T compute(const ListenedTo& changing) const {
-        return std::apply([&](const auto*... source) -> T { return function(valueOf(*source, changing)...); },
-                          sources.values);
     }
 
     template <class U>
@@ -102,6 +121,7 @@ private:
     Observable<T>& target;
     Sources<S...> sources;
     Function function;
+    std::optional<Inputs> inputs;  ///< Of the last computation.
 };
 
 /// Two functions around each change of a value.
@@ -149,7 +169,8 @@ protected:
     ~Wiring() = default;
 
     /// `target` becomes what `function` gives for the sources' values, now and after every change of one. The
-    /// function decides nothing but the value, and may be called several times in one change.
+    /// function decides nothing but the value. It is called once for a change of several sources of which one
+    /// follows from the other, if that other is wired to it first; else perhaps several times.
     template <class T, class... S, class Function>
     void derive(Observable<T>& target, Sources<S...> sources, Function function) {
         auto computation = bound(std::move(function));

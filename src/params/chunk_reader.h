@@ -19,6 +19,9 @@ public:
     /// `fxId` is the GUID of the effect whose properties are read. The parameters are the same thread's.
     ChunkReader(std::shared_ptr<const PresetChunk> chunk, const GUID& fxId);
 
+    /// Those that the blob is for, in their order. They live as long as the reader.
+    [[nodiscard]] const std::vector<Parameter*>& parameters() const noexcept { return chunk->parameters; }
+
     /// Whether there was a blob of 4 bytes or more. False without a store, for a chunk of no parameters, and
     /// once the reader is closed.  [owner]
     bool Read(IPropertyStore* store);

@@ -10,6 +10,11 @@ namespace korva::params {
 /// The place of an effect in the audio engine's graph.
 enum class EffectKind : std::uint32_t { stream = 1, mode = 2, endpoint = 3 };
 
+[[nodiscard]] constexpr bool isEffectKind(std::uint32_t number) noexcept {
+    return number >= static_cast<std::uint32_t>(EffectKind::stream) &&
+           number <= static_cast<std::uint32_t>(EffectKind::endpoint);
+}
+
 /// The format identifier of the keys that select an effect's settings, and of those that all effects share.
 inline constexpr GUID selectionFormat = {
     0x6DCC1AC8, 0x4A3C, 0x4A98, {0xA3, 0xA7, 0xF9, 0x67, 0x12, 0x7D, 0x57, 0x63}};
@@ -18,6 +23,11 @@ inline constexpr GUID selectionFormat = {
 [[nodiscard]] constexpr PROPERTYKEY selectionKey(EffectKind kind) noexcept {
     return {selectionFormat, static_cast<DWORD>(kind) + 2};
 }
+
+/// Tells of the hardware: that it changes is noticed, whatever its value.
+inline constexpr PROPERTYKEY hardwarePulseKey = {selectionFormat, 7};
+/// A list of strings: the endpoint's clients.
+inline constexpr PROPERTYKEY clientListKey = {selectionFormat, 8};
 
 /// The properties under that GUID.
 namespace effect_property {

@@ -78,4 +78,20 @@ ReadResult ReadText(IPropertyStore* store, REFPROPERTYKEY key, std::string& out)
     return 0;
 }
 
+ReadResult ReadTexts(IPropertyStore* store, REFPROPERTYKEY key, std::vector<std::string>& out) {
+    out.clear();
+    platform::PropertyValue value;
+    if (const ReadResult result = readValue(store, key, value)) {
+        return result;
+    }
+    if (value->vt != (VT_VECTOR | VT_LPWSTR)) {
+        return refusal(value->vt);
+    }
+    for (ULONG i = 0; i < value->calpwstr.cElems; ++i) {
+        const LPWSTR text = value->calpwstr.pElems[i];
+        out.push_back(text != nullptr ? platform::toUtf8(text) : std::string());
+    }
+    return 0;
+}
+
 }  // namespace korva::params

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "platform/published/property_interfaces.h"
 
@@ -25,5 +26,8 @@ ReadResult ReadU32(IPropertyStore* store, REFPROPERTYKEY key, std::uint32_t& out
 
 /// Reads VT_LPWSTR, and gives it as UTF-8. `out` is empty without a value.  [any]
 ReadResult ReadText(IPropertyStore* store, REFPROPERTYKEY key, std::string& out);
+
+/// Reads a list of VT_LPWSTR, and gives each as UTF-8. `out` is empty without a value.  [any]
+ReadResult ReadTexts(IPropertyStore* store, REFPROPERTYKEY key, std::vector<std::string>& out);
 
 }  // namespace korva::params

@@ -1,0 +1,105 @@
+// What a module is told as its engine starts, while it runs, and as it stops.
+#include <optional>
+#include <utility>
+
+#include "engine/effect_core.h"
+#include "engine/volume_level.h"
+#include "korva/dsp_module.h"
+#include "platform/process_clock.h"
+#include "platform/published/results.h"
+
+namespace korva::engine {
+
+using framework::Held;
+using framework::Ref;
+
+namespace {
+
+constexpr std::int32_t noIndex = -1;
+
+std::uint32_t clockMs() noexcept {
+    return static_cast<std::uint32_t>(platform::processClockMs());
+}
+
+/// What the module tells by that number; nothing unless it has the size of a `T`.
+template <class T>
+std::optional<T> askModule(DspEngine& engine, std::int32_t id) {
+    T answer{};
+    const auto out = std::as_writable_bytes(std::span(&answer, 1));
+    const std::uint32_t count = engine.SetGetData(KORVA_BANK_ENGINE, id, {}, out);
+    return count == sizeof(T) ? std::optional(answer) : std::nullopt;
+}
+
+}  // namespace
+
+// Sound comes last: the module has all its parameters before the first block.
+void EffectCore::engineStart() {
+    const Held<DspEngine> engine = dspEngine.value();
+    rt::EngineFormat in = inFormat.value();
+    rt::EngineFormat out = outFormat.value();
+    rt::EngineFormat none;
+    engine->Initialize(in, out, none);
+    readModuleVersion();
+    countParameterBytesAnew();
+    presetLoadStartTimeMs.set(clockMs());
+    presetLoadCount.set(presetLoadCount.value() + 1);
+    startSendingParameters(chunkReaders.value());
+    sendingSysFxDisabled = watch(sysFxDisabled).onEveryValue(&EffectCore::sendSysFxDisabled, nullptr);
+    sendingMasterVolume = watch(endpointVolume)
+                              .whileSet(&EffectCore::readMasterVolume, nullptr)
+                              .then(masterVolumeDb)
+                              .onEveryValue(&EffectCore::sendMasterVolume, nullptr);
+    giveToAudioThread(engine);
+}
+
+void EffectCore::engineStop() {
+    giveToAudioThread(nullptr);
+    stopSendingParameters();
+    sendingSysFxDisabled.drop();
+    sendingMasterVolume.drop();
+    dspEngine.value()->Uninitialize();
+}
+
+void EffectCore::engineWake() {
+    dspEngine.value()->WakeUp();
+}
+
+// After the exchange no call is in the last one, so its share may go.
+void EffectCore::giveToAudioThread(Held<DspEngine> engine) {
+    processor.exchangeEngine(engine.get());
+    rtEngine = std::move(engine);
+}
+
+void EffectCore::readModuleVersion() {
+    if (const auto version = askModule<std::uint32_t>(*dspEngine.value(), KORVA_DATA_MODULE_VERSION)) {
+        dspModuleVersion.set(*version);
+    }
+}
+
+void EffectCore::countParameterBytesAnew() {
+    DspEngine& engine = *dspEngine.value();
+    const std::uint32_t captureClock = clockMs();
+    if (const auto count = askModule<DspByteCount>(engine, KORVA_DATA_BYTES_RECEIVED)) {
+        presetLoadParamBytesReceivedByDsp.set(
+            {count->bytes, count->clockStart, count->clockEnd, captureClock});
+    }
+    const std::uint32_t restart = 0;
+    engine.SetGetData(KORVA_BANK_ENGINE, KORVA_DATA_PARAMETER_BYTES, std::as_bytes(std::span(&restart, 1)),
+                      {});
+}
+
+void EffectCore::sendSysFxDisabled(bool isDisabled) {
+    dspEngine.value()->SetParameter(KORVA_BANK_ENGINE, KORVA_PARAMETER_EFFECTS_DISABLED, noIndex, isDisabled);
+}
+
+void EffectCore::readMasterVolume(const Ref<IAudioEndpointVolume>& volume) {
+    float scalar = 0.0f;
+    const bool isRead = published::succeeded(volume->GetMasterVolumeLevelScalar(&scalar));
+    masterVolumeDb.set(isRead ? volumeDb(scalar) : 0.0f);
+}
+
+void EffectCore::sendMasterVolume(float levelDb) {
+    dspEngine.value()->SetParameter(KORVA_BANK_ENDPOINT, KORVA_PARAMETER_VOLUME_DB, noIndex, levelDb);
+}
+
+}  // namespace korva::engine
