@@ -4,78 +4,31 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "engine/dsp_engine.h"
-#include "tests/engine/hosted_engine.h"
 #include "tests/engine/planes.h"
-#include "tests/support/own_folder.h"
+#include "tests/engine/recorded_engine.h"
 #include "tests/support/recorded_calls.h"
 
 namespace korva::engine {
 namespace {
 
-using framework::Held;
+using test::Bytes;
+using test::bytesOf;
+using test::digitsOf;
 using test::Planes;
 using test::RecordedCall;
+using test::RecordedEngine;
 using test::Recording;
-
-using Bytes = std::vector<std::uint8_t>;
-
-/// An engine with the recording module for its module.
-class RecordedEngine {
-public:
-    explicit RecordedEngine(const std::string& answers = {})
-        : recording(answers),
-          engine((folder.putLibrary(KORVA_RECORDER_MODULE, "module"),
-                  test::hostedEngine({"module"}, folder.path()))) {}
-
-    DspEngine* operator->() const noexcept { return engine.get(); }
-
-    [[nodiscard]] std::vector<RecordedCall> calls(const std::string& function) const {
-        return callsOf(function, recording.calls());
-    }
-
-    /// The only call of that function.
-    [[nodiscard]] RecordedCall onlyCall(const std::string& function) const {
-        const auto seen = calls(function);
-        EXPECT_EQ(seen.size(), 1U) << function;
-        return seen.at(0);
-    }
-
-private:
-    test::OwnFolder folder;
-
-public:
-    Recording recording;
-
-private:
-    Held<DspEngine> engine;
-};
 
 rt::EngineFormat formatOf(std::int32_t channels, std::uint32_t rate = 48000) {
     rt::EngineFormat format;
     format.Assign(rate, channels, 0);
     return format;
-}
-
-Bytes bytesOf(const rt::EngineFormat& format) {
-    Bytes bytes(sizeof(format));
-    std::memcpy(bytes.data(), &format, sizeof(format));
-    return bytes;
-}
-
-std::string digitsOf(const Bytes& bytes) {
-    std::string digits;
-    for (const std::uint8_t byte : bytes) {
-        digits += "0123456789abcdef"[byte / 16];
-        digits += "0123456789abcdef"[byte % 16];
-    }
-    return digits;
 }
 
 TEST(DspEngineCalls, BringFormatsAsTheirBytesAndResultsBack) {
