@@ -49,6 +49,32 @@ TEST(AllocationCount, SeesEveryKindOfAllocation) {
     EXPECT_EQ(address % 64, 0U);
 }
 
+TEST(AllocationLimit, RefusesWhatIsBeyondItUntilItEnds) {
+    // Called as functions, as above.
+    const std::uint64_t before = allocationsInUse();
+    void* first = nullptr;
+    void* refused = &first;
+    bool isRaised = false;
+    {
+        const test::AllocationLimit limit(1);
+        first = ::operator new(4);
+        refused = ::operator new(4, std::nothrow);
+        try {
+            ::operator delete(::operator new(4));
+        } catch (const std::bad_alloc&) {
+            isRaised = true;
+        }
+    }
+    void* const second = ::operator new(4);
+    const std::uint64_t inUse = allocationsInUse();
+    ::operator delete(first);
+    ::operator delete(second);
+
+    EXPECT_EQ(refused, nullptr);
+    EXPECT_TRUE(isRaised);
+    EXPECT_EQ(inUse, before + 2);
+}
+
 TEST(WaitAllocations, AreNoneOnceThereAreBlocks) {
     WaitableCounter counter;
     std::uint32_t seen = 0;

@@ -14,8 +14,21 @@ namespace {
 constinit std::atomic<std::uint64_t> made{0};
 constinit std::atomic<std::uint64_t> givenBack{0};
 
+// What the thread may still allocate.
+constexpr std::uint64_t noLimit = ~std::uint64_t{0};
+constinit thread_local std::uint64_t allowance = noLimit;
+
+bool takeAllowance() noexcept {
+    if (allowance != noLimit && allowance != 0) {
+        --allowance;
+        return true;
+    }
+    return allowance == noLimit;
+}
+
 void* counted(void* memory) {
-    if (memory == nullptr) {
+    if (memory == nullptr || !takeAllowance()) {
+        std::free(memory);
         throw std::bad_alloc();
     }
     made.fetch_add(1, std::memory_order_relaxed);
@@ -54,6 +67,14 @@ std::uint64_t allocationsMade() noexcept {
 std::uint64_t allocationsInUse() noexcept {
     const std::uint64_t gone = givenBack.load(std::memory_order_relaxed);
     return made.load(std::memory_order_relaxed) - gone;
+}
+
+AllocationLimit::AllocationLimit(std::uint64_t allowed) noexcept {
+    allowance = allowed;
+}
+
+AllocationLimit::~AllocationLimit() {
+    allowance = noLimit;
 }
 
 }  // namespace korva::test

@@ -1,4 +1,4 @@
-// How often a program asks for memory.
+// How often a program asks for memory, and what it does when it gets none.
 #pragma once
 
 #include <cstdint>
@@ -19,5 +19,14 @@ template <class Operation>
     operation();
     return allocationsMade() - before;
 }
+
+/// While it lives, `new` gives this thread so many allocations and refuses all further ones. One at a time.
+class AllocationLimit {
+public:
+    explicit AllocationLimit(std::uint64_t allowed) noexcept;
+    ~AllocationLimit();
+    AllocationLimit(const AllocationLimit&) = delete;
+    AllocationLimit& operator=(const AllocationLimit&) = delete;
+};
 
 }  // namespace korva::test
