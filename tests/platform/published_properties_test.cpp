@@ -1,15 +1,14 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string>
 
 #include "platform/published/device_interfaces.h"
 #include "platform/published/property_interfaces.h"
 #include "platform/published/results.h"
 #include "platform/reference_count.h"
+#include "tests/platform/published_slots.h"
 
 // Published interfaces have no destructor in their tables.
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
@@ -17,24 +16,11 @@
 namespace korva::published {
 namespace {
 
-constexpr auto invalidParameter = static_cast<HRESULT>(0x80030057U);  // STG_E_INVALIDPARAMETER
+using test::expectSlots;
+using test::Numbered;
+using test::textOf;
 
-/// The identifier in its text form, group by group.
-std::string textOf(const GUID& guid) {
-    std::array<std::uint8_t, 16> bytes{};
-    std::memcpy(bytes.data(), &guid, sizeof(guid));
-    // The first three groups lie in memory lowest byte first.
-    constexpr std::array<std::size_t, 16> order = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
-    std::string text;
-    for (const std::size_t i : order) {
-        text += "0123456789ABCDEF"[bytes[i] / 16];
-        text += "0123456789ABCDEF"[bytes[i] % 16];
-    }
-    for (const std::size_t place : {20u, 16u, 12u, 8u}) {
-        text.insert(place, "-");
-    }
-    return text;
-}
+constexpr auto invalidParameter = static_cast<HRESULT>(0x80030057U);  // STG_E_INVALIDPARAMETER
 
 TEST(PublishedInterfaces, HaveTheirPublishedIdentifiers) {
     EXPECT_EQ(textOf(iidOf<IUnknown>), "00000000-0000-0000-C000-000000000046");
@@ -44,29 +30,6 @@ TEST(PublishedInterfaces, HaveTheirPublishedIdentifiers) {
     EXPECT_EQ(textOf(iidOf<IAudioSystemEffectsPropertyChangeNotificationClient>),
               "20049D40-56D5-400E-A2EF-385599FEED49");
 }
-
-/// A method as C sees it, with as many words as any of these takes.
-using Slot = HRESULT(STDMETHODCALLTYPE*)(void* self, std::uintptr_t, std::uintptr_t, std::uintptr_t,
-                                         std::uintptr_t);
-
-/// Calls the method at a place of the object's table; gives what it returns, which tells its name below.
-HRESULT callSlot(void* object, std::size_t slot) {
-    void** table = nullptr;
-    std::memcpy(&table, object, sizeof(table));
-    // References are pointers to a caller in C; these point at zeros.
-    static std::array<std::uint64_t, 8> zeros{};
-    const auto word = reinterpret_cast<std::uintptr_t>(zeros.data());
-    return reinterpret_cast<Slot>(table[slot])(object, word, word, word, word);
-}
-
-/// The three first methods, which answer by their place in the table.
-template <class Interface>
-class Numbered : public Interface {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return 0; }
-    platform::ReferenceCount STDMETHODCALLTYPE AddRef() override { return 1; }
-    platform::ReferenceCount STDMETHODCALLTYPE Release() override { return 2; }
-};
 
 class NumberedStore final : public Numbered<IPropertyStore> {
 public:
@@ -105,15 +68,6 @@ public:
         return 3;
     }
 };
-
-/// Whether the object's table holds that many methods, each in the place that it tells.
-template <class Object>
-void expectSlots(int count) {
-    Object object;
-    for (int slot = 0; slot < count; ++slot) {
-        EXPECT_EQ(callSlot(&object, static_cast<std::size_t>(slot)), slot);
-    }
-}
 
 TEST(PublishedInterfaces, HaveTheirMethodsInThePublishedOrder) {
     expectSlots<NumberedStore>(8);

@@ -8,6 +8,7 @@
 namespace korva::published {
 
 inline constexpr auto ok = static_cast<HRESULT>(0);                            ///< S_OK
+inline constexpr auto okButNo = static_cast<HRESULT>(1);                       ///< S_FALSE
 inline constexpr auto notImplemented = static_cast<HRESULT>(0x80004001U);      ///< E_NOTIMPL
 inline constexpr auto noInterface = static_cast<HRESULT>(0x80004002U);         ///< E_NOINTERFACE
 inline constexpr auto nullPointer = static_cast<HRESULT>(0x80004003U);         ///< E_POINTER
@@ -15,6 +16,9 @@ inline constexpr auto unspecifiedFailure = static_cast<HRESULT>(0x80004005U);  /
 inline constexpr auto invalidHandle = static_cast<HRESULT>(0x80070006U);       ///< E_HANDLE
 inline constexpr auto outOfMemory = static_cast<HRESULT>(0x8007000EU);         ///< E_OUTOFMEMORY
 inline constexpr auto invalidArgument = static_cast<HRESULT>(0x80070057U);     ///< E_INVALIDARG
+
+/// APOERR_FORMAT_NOT_SUPPORTED
+inline constexpr auto formatNotSupported = static_cast<HRESULT>(0x887D0003U);
 
 [[nodiscard]] constexpr bool succeeded(HRESULT result) noexcept {
     return result >= 0;
