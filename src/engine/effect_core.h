@@ -70,8 +70,7 @@ using PlaneLevels = std::array<float, rt::planeCount>;
 ///     engine_selection    which engine is built, and when
 ///     engine_start        what a module is told as it starts and as it stops
 ///     parameter_traffic   the parameters that it gets meanwhile
-///     stream_lock         the life of a stream
-///     format_negotiation  which formats a stream may have
+///     stream_lock         the formats and the life of a stream
 ///     notifications       what the system tells
 ///     diagnostics         what a module is asked for
 ///     effect_core         construction and close
@@ -91,6 +90,14 @@ public:
                            std::span<published::APO_CONNECTION_DESCRIPTOR* const> outputs);
     /// Ends the stream. The engine goes on, ready for the next one.
     void unlockForProcess();
+
+    // Whether a stream may have a format, by the module if there is an engine; see `testFormat`.
+    [[nodiscard]] HRESULT isInputFormatSupported(published::IAudioMediaType* opposite,
+                                                 published::IAudioMediaType* requested,
+                                                 published::IAudioMediaType** supported);
+    [[nodiscard]] HRESULT isOutputFormatSupported(published::IAudioMediaType* opposite,
+                                                  published::IAudioMediaType* requested,
+                                                  published::IAudioMediaType** supported);
 
     /// What the system tells. Only what concerns the own endpoint counts.
     void onApoNotification(const published::APO_NOTIFICATION& notification);

@@ -1,5 +1,6 @@
-// The life of a stream.
+// The formats and the life of a stream.
 #include "engine/effect_core.h"
+#include "engine/format_negotiation.h"
 #include "engine/stream_format.h"
 #include "platform/published/results.h"
 #include "rt/level_meter.h"
@@ -7,6 +8,7 @@
 namespace korva::engine {
 
 using published::APO_CONNECTION_DESCRIPTOR;
+using published::IAudioMediaType;
 using published::UNCOMPRESSEDAUDIOFORMAT;
 
 namespace {
@@ -24,6 +26,16 @@ rt::EngineFormat formatOfFirst(std::span<APO_CONNECTION_DESCRIPTOR* const> conne
 }
 
 }  // namespace
+
+HRESULT EffectCore::isInputFormatSupported(IAudioMediaType* opposite, IAudioMediaType* requested,
+                                           IAudioMediaType** supported) {
+    return testFormat(dspEngine.value().get(), Direction::input, opposite, requested, supported);
+}
+
+HRESULT EffectCore::isOutputFormatSupported(IAudioMediaType* opposite, IAudioMediaType* requested,
+                                            IAudioMediaType** supported) {
+    return testFormat(dspEngine.value().get(), Direction::output, opposite, requested, supported);
+}
 
 // The first buffer of a stream is known by `started`, which the audio thread sets.
 HRESULT EffectCore::lockForProcess(std::span<APO_CONNECTION_DESCRIPTOR* const> inputs,
