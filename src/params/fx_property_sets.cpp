@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "framework/describe_members.h"
-#include "framework/published_call.h"
 #include "params/property_set_path.h"
 #include "platform/property_key.h"
 #include "platform/published/results.h"
+#include "platform/published_call.h"
 #include "platform/unicode.h"
 
 namespace korva::params {
@@ -107,7 +107,7 @@ HRESULT FxPropertySets::open(StoreValue& held, std::string_view setName, IProper
         return published::nullPointer;
     }
     *store = nullptr;
-    return framework::publishedCall([&] {
+    return platform::publishedCall([&] {
         Ref<FxPropertyStore> opened;
         runOnOwner([&] { opened = openHere(held, setName); });
         *store = opened.giveUp();

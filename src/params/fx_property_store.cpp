@@ -4,18 +4,18 @@
 #include <utility>
 
 #include "framework/describe_members.h"
-#include "framework/published_call.h"
 #include "params/property_set_path.h"
 #include "platform/property_key.h"
 #include "platform/property_value.h"
 #include "platform/published/results.h"
+#include "platform/published_call.h"
 #include "platform/registry_values.h"
 
 namespace korva::params {
 namespace {
 
-using framework::publishedCall;
 using framework::Ref;
+using platform::publishedCall;
 using platform::RegistryResult;
 
 /// A longer name than this ends an enumeration: a key's text is far shorter.

@@ -6,9 +6,8 @@
 
 namespace korva::params {
 
-/// A value's kind with the bytes that the kind stands for: the number's, little-endian; the UTF-16 text with
-/// its terminator; the blob's; the strings of a list, each with its terminator, one after another. Nothing
-/// for VT_EMPTY, which stands for no value.
+/// A value's kind with the bytes that the kind stands for, see `platform::storedBytes`. Nothing for VT_EMPTY,
+/// which stands for no value.
 struct ValueBytes {
     VARTYPE kind = VT_EMPTY;
     framework::SharedBytes bytes;

@@ -105,6 +105,24 @@ HRESULT setList(PROPVARIANT& value, Bytes data, TaskMemory allocate) {
     return published::ok;
 }
 
+/// With its terminator; null is an empty one.
+Bytes terminatedBytes(LPCWSTR text) noexcept {
+    static constexpr WCHAR empty[1] = {};
+    const LPCWSTR start = text == nullptr ? empty : text;
+    return std::as_bytes(std::span(start, WideView(start).size() + 1));
+}
+
+WideString joinedStrings(const CALPWSTR& list) {
+    WideString joined;
+    for (ULONG i = 0; i < list.cElems; ++i) {
+        if (list.pElems[i] != nullptr) {
+            joined += list.pElems[i];
+        }
+        joined += WCHAR{0};
+    }
+    return joined;
+}
+
 }  // namespace
 
 std::optional<std::uint32_t> registryTypeOf(VARTYPE kind) noexcept {
@@ -123,6 +141,37 @@ std::optional<std::uint32_t> registryTypeOf(VARTYPE kind) noexcept {
             return registry_type::multiString;
         default:
             return std::nullopt;
+    }
+}
+
+HRESULT storedBytes(REFPROPVARIANT value, WideString& joined, Bytes& bytes) {
+    switch (value.vt) {
+        case VT_I4:
+        case VT_UI4:
+            bytes = std::as_bytes(std::span(&value.ulVal, 1));
+            return published::ok;
+        case VT_I8:
+        case VT_UI8:
+            bytes = std::as_bytes(std::span(&value.uhVal.QuadPart, 1));
+            return published::ok;
+        case VT_LPWSTR:
+            bytes = terminatedBytes(value.pwszVal);
+            return published::ok;
+        case VT_BLOB:
+            if (value.blob.cbSize != 0 && value.blob.pBlobData == nullptr) {
+                return published::invalidArgument;
+            }
+            bytes = std::as_bytes(std::span(value.blob.pBlobData, value.blob.cbSize));
+            return published::ok;
+        case textList:
+            if (value.calpwstr.cElems != 0 && value.calpwstr.pElems == nullptr) {
+                return published::invalidArgument;
+            }
+            joined = joinedStrings(value.calpwstr);
+            bytes = std::as_bytes(std::span(joined));
+            return published::ok;
+        default:
+            return published::notImplemented;
     }
 }
 

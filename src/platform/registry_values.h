@@ -7,9 +7,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 
 #include "platform/published/property_types.h"
 #include "platform/registry.h"
+#include "platform/unicode.h"
 
 namespace korva::platform {
 
@@ -20,6 +22,13 @@ inline constexpr auto textList = static_cast<VARTYPE>(VT_VECTOR | VT_LPWSTR);
 /// REG_SZ for VT_LPWSTR, REG_BINARY for VT_BLOB, REG_MULTI_SZ for a list of strings. None for all others.
 /// [any]
 [[nodiscard]] std::optional<std::uint32_t> registryTypeOf(VARTYPE kind) noexcept;
+
+/// The bytes that a value is stored as: a number's, little-endian; the UTF-16 text with its terminator; the
+/// blob's; the strings of a list, each with its terminator, one after another. They are the value's own, or
+/// lie in `joined`. 0x80004001 for a kind that has no type, 0x80070057 for a blob or a list with a length but
+/// no contents. A null string counts as an empty one. `bytes` is as it was unless the result is 0.  [any]
+[[nodiscard]] HRESULT storedBytes(REFPROPVARIANT value, WideString& joined,
+                                  std::span<const std::byte>& bytes);
 
 /// Where the memory of variants comes from; null for want of it.
 using TaskMemory = void* (*)(std::size_t size);

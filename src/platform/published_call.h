@@ -5,7 +5,7 @@
 
 #include "platform/published/results.h"
 
-namespace korva::framework {
+namespace korva::platform {
 
 /// Gives what `method()` gives. What it raises stops here, since callers of published methods take results
 /// only: E_OUTOFMEMORY for want of memory, E_FAIL for anything else.  [any]
@@ -20,4 +20,4 @@ HRESULT publishedCall(const Method& method) noexcept {
     }
 }
 
-}  // namespace korva::framework
+}  // namespace korva::platform
