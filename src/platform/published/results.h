@@ -7,15 +7,19 @@
 
 namespace korva::published {
 
-inline constexpr auto ok = static_cast<HRESULT>(0);                            ///< S_OK
-inline constexpr auto okButNo = static_cast<HRESULT>(1);                       ///< S_FALSE
-inline constexpr auto notImplemented = static_cast<HRESULT>(0x80004001U);      ///< E_NOTIMPL
-inline constexpr auto noInterface = static_cast<HRESULT>(0x80004002U);         ///< E_NOINTERFACE
-inline constexpr auto nullPointer = static_cast<HRESULT>(0x80004003U);         ///< E_POINTER
-inline constexpr auto unspecifiedFailure = static_cast<HRESULT>(0x80004005U);  ///< E_FAIL
-inline constexpr auto invalidHandle = static_cast<HRESULT>(0x80070006U);       ///< E_HANDLE
-inline constexpr auto outOfMemory = static_cast<HRESULT>(0x8007000EU);         ///< E_OUTOFMEMORY
-inline constexpr auto invalidArgument = static_cast<HRESULT>(0x80070057U);     ///< E_INVALIDARG
+inline constexpr auto ok = static_cast<HRESULT>(0);                             ///< S_OK
+inline constexpr auto okButNo = static_cast<HRESULT>(1);                        ///< S_FALSE
+inline constexpr auto notImplemented = static_cast<HRESULT>(0x80004001U);       ///< E_NOTIMPL
+inline constexpr auto noInterface = static_cast<HRESULT>(0x80004002U);          ///< E_NOINTERFACE
+inline constexpr auto nullPointer = static_cast<HRESULT>(0x80004003U);          ///< E_POINTER
+inline constexpr auto unspecifiedFailure = static_cast<HRESULT>(0x80004005U);   ///< E_FAIL
+inline constexpr auto storageAccessDenied = static_cast<HRESULT>(0x80030005U);  ///< STG_E_ACCESSDENIED
+inline constexpr auto invalidHandle = static_cast<HRESULT>(0x80070006U);        ///< E_HANDLE
+inline constexpr auto outOfMemory = static_cast<HRESULT>(0x8007000EU);          ///< E_OUTOFMEMORY
+inline constexpr auto invalidArgument = static_cast<HRESULT>(0x80070057U);      ///< E_INVALIDARG
+inline constexpr auto notFound = static_cast<HRESULT>(0x80070490U);             ///< E_NOTFOUND
+inline constexpr auto deviceInvalidated =
+    static_cast<HRESULT>(0x88890004U);  ///< AUDCLNT_E_DEVICE_INVALIDATED
 
 /// APOERR_FORMAT_NOT_SUPPORTED
 inline constexpr auto formatNotSupported = static_cast<HRESULT>(0x887D0003U);

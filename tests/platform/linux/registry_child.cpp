@@ -1,6 +1,7 @@
 // A process of its own that uses the registry as its arguments say:
 //     set KEY NAME COUNT [SIZE]   sets the value to the numbers from 0 to COUNT - 1, in SIZE bytes (4), with
 //                                 a line on standard error for each that is written
+//     number KEY NAME NUMBER      sets the value, of type REG_DWORD, to the number
 //     get KEY NAME                prints the number
 //     watch KEY NAME              says "armed" on standard error, and prints the number after the first
 //                                 change
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,6 +43,11 @@ int setNumbers(const RegistryKey& key, const std::string& name, int count, std::
     return 0;
 }
 
+int setOneNumber(const RegistryKey& key, const std::string& name, std::uint32_t number) {
+    const auto result = key.setValue(name, registry_type::dword, std::as_bytes(std::span(&number, 1)));
+    return result == success ? 0 : fail(result);
+}
+
 int getNumber(const RegistryKey& key, const std::string& name) {
     RegistryValue value;
     if (const auto result = key.readValue(name, value); result != success) {
@@ -65,13 +72,13 @@ int watchNumber(const RegistryKey& key, const std::string& name) {
 
 int run(const std::vector<std::string>& words) {
     const std::string& command = words.at(1);
-    const auto access = command == "set" ? RegistryAccess::readWrite : RegistryAccess::read;
+    const bool writes = command == "set" || command == "number";
+    const auto access = writes ? RegistryAccess::readWrite : RegistryAccess::read;
     RegistryResult result = success;
     const RegistryKey machine = RegistryKey::root(RegistryRoot::localMachine, &result);
     RegistryKey key;
     if (result == success) {
-        result = command == "set" ? machine.create(words.at(2), access, key)
-                                  : machine.open(words.at(2), access, key);
+        result = writes ? machine.create(words.at(2), access, key) : machine.open(words.at(2), access, key);
     }
     if (result != success) {
         return fail(result);
@@ -79,6 +86,9 @@ int run(const std::vector<std::string>& words) {
     if (command == "set") {
         const std::size_t size = words.size() > 5 ? std::stoul(words[5]) : 4;
         return setNumbers(key, words.at(3), std::stoi(words.at(4)), size);
+    }
+    if (command == "number") {
+        return setOneNumber(key, words.at(3), static_cast<std::uint32_t>(std::stoul(words.at(4))));
     }
     return command == "get" ? getNumber(key, words.at(3)) : watchNumber(key, words.at(3));
 }
