@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 #include "params/effect_keys.h"
 #include "params/property_set_path.h"
 #include "platform/property_key.h"
@@ -68,22 +72,26 @@ LockedConnection::LockedConnection(const StreamFormat& format)
     descriptor.u32Signature = published::connectionDescriptorSignature;
 }
 
-EffectRig::EffectRig(const std::string& answers, std::uint32_t effectType)
-    : recording(answers),
+EffectRig::EffectRig(const RigOptions& options)
+    : recording(options.answers),
       device(framework::create<FakeDevice>(endpoint.id())),
+      otherDevice(framework::create<FakeDevice>(otherEndpoint.id())),
       devices(framework::create<FakeDevices>()),
-      type(effectType) {
+      type(options.effectType) {
     for (const char* const name : moduleNames) {
         modules.putLibrary(KORVA_RECORDER_MODULE, name);
     }
     static_cast<void>(endpoint.makeSet(params::property_set::user));
     devices->put(endpoint.id(), device);
-    engine::Surroundings surroundings{.moduleFolder = modules.path(),
-                                      .systemSuppliesStores = false,
-                                      .newDeviceEnumerator = [this] { return devices; }};
-    on([&] {
-        held = Held<EffectCore>::first(framework::create<EffectCore>(effectType, std::move(surroundings)));
-    });
+    devices->put(otherEndpoint.id(), otherDevice);
+    engine::Surroundings surroundings{
+        .moduleFolder = modules.path(),
+        .systemSuppliesStores = options.systemSuppliesStores,
+        .newDeviceEnumerator = [this, has = options.hasEnumerator]() -> Ref<IMMDeviceEnumerator> {
+            ++enumerations;
+            return has ? devices : nullptr;
+        }};
+    on([&] { held = Held<EffectCore>::first(framework::create<EffectCore>(type, std::move(surroundings))); });
 }
 
 EffectRig::~EffectRig() {
@@ -99,23 +107,23 @@ void EffectRig::settleAll() {
     worker->post([] {}).waitUntilDone();
 }
 
-void EffectRig::setValue(REFPROPERTYKEY key, std::uint32_t valueType, std::span<const std::byte> data) {
-    EXPECT_EQ(
-        endpoint.makeSet(params::property_set::user).setValue(platform::KeyToText(key), valueType, data), 0);
+void EffectRig::setValueAt(const OwnEndpoint& at, REFPROPERTYKEY key, std::uint32_t valueType,
+                           std::span<const std::byte> data) {
+    EXPECT_EQ(at.makeSet(params::property_set::user).setValue(platform::KeyToText(key), valueType, data), 0);
 }
 
-void EffectRig::setText(REFPROPERTYKEY key, std::string_view text) {
+void EffectRig::setTextAt(const OwnEndpoint& at, REFPROPERTYKEY key, std::string_view text) {
     platform::WideString wide = platform::toWide(text);
     wide.push_back(0);
-    setValue(key, registry_type::string, bytesOf(wide));
+    setValueAt(at, key, registry_type::string, bytesOf(wide));
 }
 
-void EffectRig::setNumber(REFPROPERTYKEY key, std::uint32_t number) {
-    setValue(key, registry_type::dword, std::as_bytes(std::span(&number, 1)));
+void EffectRig::setNumberAt(const OwnEndpoint& at, REFPROPERTYKEY key, std::uint32_t number) {
+    setValueAt(at, key, registry_type::dword, std::as_bytes(std::span(&number, 1)));
 }
 
 void EffectRig::setBlob(REFPROPERTYKEY key, std::span<const std::byte> bytes) {
-    setValue(key, registry_type::binary, bytes);
+    setValueAt(endpoint, key, registry_type::binary, bytes);
 }
 
 void EffectRig::setTexts(REFPROPERTYKEY key, const std::vector<std::string>& texts) {
@@ -124,7 +132,7 @@ void EffectRig::setTexts(REFPROPERTYKEY key, const std::vector<std::string>& tex
         list += platform::toWide(text);
         list.push_back(0);
     }
-    setValue(key, registry_type::multiString, bytesOf(list));
+    setValueAt(endpoint, key, registry_type::multiString, bytesOf(list));
 }
 
 void EffectRig::remove(REFPROPERTYKEY key) {
@@ -136,12 +144,12 @@ PROPERTYKEY EffectRig::fxIdKey() const {
 }
 
 // What names the effect's properties comes last: all of them are there by then.
-void EffectRig::install(const EngineChoice& choice) {
+void EffectRig::installAt(const OwnEndpoint& at, const EngineChoice& choice) {
     using namespace params::effect_property;
-    setNumber({choice.fxId, presetVersion}, choice.presetVersion);
-    setNumber({choice.fxId, modeFlags}, choice.modeFlags);
-    setText({choice.fxId, engineId}, platform::guidText(choice.engineId));
-    setText(fxIdKey(), platform::guidText(choice.fxId));
+    setNumberAt(at, {choice.fxId, presetVersion}, choice.presetVersion);
+    setNumberAt(at, {choice.fxId, modeFlags}, choice.modeFlags);
+    setTextAt(at, {choice.fxId, engineId}, platform::guidText(choice.engineId));
+    setTextAt(at, fxIdKey(), platform::guidText(choice.fxId));
 }
 
 void EffectRig::begin(const std::string& endpointId) {
@@ -172,13 +180,41 @@ std::vector<float> EffectRig::play(std::span<const float> samples, std::uint32_t
     return played;
 }
 
+std::vector<RecordedCall> EffectRig::newRecords() {
+    std::vector<RecordedCall> calls;
+    on([&] { calls = recording.calls(); });
+    const std::size_t seen = std::exchange(seenCalls, calls.size());
+    calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(seen));
+    return calls;
+}
+
 std::vector<std::string> EffectRig::newCalls() {
-    std::vector<std::string> names;
-    on([&] { names = functionsOf(recording.calls()); });
-    std::vector<std::string> added(names.begin() + static_cast<std::ptrdiff_t>(seenCalls), names.end());
-    seenCalls = names.size();
+    std::vector<std::string> added = functionsOf(newRecords());
     std::erase(added, "process");
     return added;
+}
+
+std::vector<std::string> EffectRig::newLifeCalls() {
+    constexpr std::string_view named[] = {
+        "Load", "Create", "isHardwareAvailable", "Initialize", "Uninitialize", "WakeUp", "Free", "Unload"};
+    std::vector<std::string> lines;
+    for (const RecordedCall& call : newRecords()) {
+        if (std::ranges::find(named, call.function) != std::end(named)) {
+            const std::string instance = call.instance == 0 ? "" : " " + std::to_string(call.instance);
+            lines.push_back(call.function + " " + call.module + instance);
+        }
+    }
+    return lines;
+}
+
+std::vector<std::string> EffectRig::documents() {
+    std::vector<std::string> texts;
+    on([&] {
+        for (const RecordedCall& call : callsOf("Create", recording.calls())) {
+            texts.push_back(call.text("text"));
+        }
+    });
+    return texts;
 }
 
 }  // namespace korva::test

@@ -1,6 +1,7 @@
 // An effect core with all that it needs, each a test's own.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -39,6 +40,14 @@ struct StreamFormat {
     std::uint32_t mask = 0;
 };
 
+/// How a rig begins.
+struct RigOptions {
+    std::string answers{};  ///< The recorder's first ones.
+    std::uint32_t effectType = 2;
+    bool systemSuppliesStores = false;  ///< The device is asked for a provider first.
+    bool hasEnumerator = true;          ///< Else the system has no devices.
+};
+
 /// A connection as the audio engine announces it.
 class LockedConnection {
 public:
@@ -56,7 +65,9 @@ private:
 class EffectRig {
 public:
     /// The recorder's first answers, and the kind of effect.
-    explicit EffectRig(const std::string& answers = {}, std::uint32_t effectType = 2);
+    explicit EffectRig(const std::string& answers = {}, std::uint32_t effectType = 2)
+        : EffectRig(RigOptions{.answers = answers, .effectType = effectType}) {}
+    explicit EffectRig(const RigOptions& options);
     ~EffectRig();
     EffectRig(const EffectRig&) = delete;
     EffectRig& operator=(const EffectRig&) = delete;
@@ -72,14 +83,18 @@ public:
     void settle() { settleAll(); }
     /// Closes the core and releases it; once.
     void close();
+    /// Another reference; null once it is closed.
+    [[nodiscard]] framework::Ref<engine::EffectCore> coreRef() const { return held.ref(); }
 
     // The endpoint's user set, written as another program would.
-    void install(const EngineChoice& choice);
-    void setText(REFPROPERTYKEY key, std::string_view text);
-    void setNumber(REFPROPERTYKEY key, std::uint32_t number);
+    void install(const EngineChoice& choice) { installAt(endpoint, choice); }
+    void setText(REFPROPERTYKEY key, std::string_view text) { setTextAt(endpoint, key, text); }
+    void setNumber(REFPROPERTYKEY key, std::uint32_t number) { setNumberAt(endpoint, key, number); }
     void setBlob(REFPROPERTYKEY key, std::span<const std::byte> bytes);
     void setTexts(REFPROPERTYKEY key, const std::vector<std::string>& texts);
     void remove(REFPROPERTYKEY key);
+    /// The same in the set of any endpoint; `install` puts what names the effect's properties last.
+    void installAt(const OwnEndpoint& at, const EngineChoice& choice);
     /// The key that names the effect's properties.
     [[nodiscard]] PROPERTYKEY fxIdKey() const;
 
@@ -95,16 +110,30 @@ public:
     /// Names of the recorder's functions since the last time, `process` left out; asked for on the core's
     /// thread, so that all calls before are in it.
     [[nodiscard]] std::vector<std::string> newCalls();
+    /// Those since the last time, of both, in which a module or an instance begins, is tried, or ends: "Load
+    /// TANMER64", "Create TANMER64 1", "isHardwareAvailable DRIVOL64 1", ...
+    [[nodiscard]] std::vector<std::string> newLifeCalls();
+    /// The documents of all engines so far, as their modules got them.
+    [[nodiscard]] std::vector<std::string> documents();
+
+    /// How often an enumerator was asked for.
+    std::atomic<int> enumerations{0};
 
     OwnEndpoint endpoint;
+    OwnEndpoint otherEndpoint{endpoint, "other"};
     OwnFolder modules;
     Recording recording;
-    framework::Ref<FakeDevice> device;    ///< The own endpoint's.
-    framework::Ref<FakeDevices> devices;  ///< Has it.
+    framework::Ref<FakeDevice> device;       ///< The own endpoint's.
+    framework::Ref<FakeDevice> otherDevice;  ///< The other one's.
+    framework::Ref<FakeDevices> devices;     ///< Has both.
 
 private:
     void settleAll();
-    void setValue(REFPROPERTYKEY key, std::uint32_t type, std::span<const std::byte> data);
+    [[nodiscard]] std::vector<RecordedCall> newRecords();
+    static void setValueAt(const OwnEndpoint& at, REFPROPERTYKEY key, std::uint32_t type,
+                           std::span<const std::byte> data);
+    static void setTextAt(const OwnEndpoint& at, REFPROPERTYKEY key, std::string_view text);
+    static void setNumberAt(const OwnEndpoint& at, REFPROPERTYKEY key, std::uint32_t number);
 
     std::uint32_t type;
     std::size_t seenCalls = 0;

@@ -27,7 +27,10 @@ std::string nameOf(std::string path) {
 
 }  // namespace
 
-OwnEndpoint::OwnEndpoint() : identifier(nameOf(registry.key())) {}
+OwnEndpoint::OwnEndpoint() : registry(std::make_shared<OwnRegistry>()), identifier(nameOf(registry->key())) {}
+
+OwnEndpoint::OwnEndpoint(const OwnEndpoint& first, const std::string& name)
+    : registry(first.registry), identifier(nameOf(registry->key() + "\\" + name)) {}
 
 OwnEndpoint::~OwnEndpoint() {
     static_cast<void>(localMachine().deleteTree(std::string(endpoints) + identifier));

@@ -1,6 +1,7 @@
 // An audio endpoint whose sets of properties are a test's own.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -9,10 +10,13 @@
 
 namespace korva::test {
 
-/// Names an endpoint that nobody else has, and removes its sets with this object. A test has one at a time.
+/// Names an endpoint that nobody else has, and removes its sets with this object. A test has one at a time,
+/// and neighbours of it.
 class OwnEndpoint {
 public:
     OwnEndpoint();
+    /// A neighbour in the same registry, whose identifier differs by `name`.
+    OwnEndpoint(const OwnEndpoint& first, const std::string& name);
     ~OwnEndpoint();
     OwnEndpoint(const OwnEndpoint&) = delete;
     OwnEndpoint& operator=(const OwnEndpoint&) = delete;
@@ -29,7 +33,8 @@ public:
     void deleteSet(std::string_view name) const;
 
 private:
-    OwnRegistry registry;  // the first to come and the last to go: where there are many, the sets are in it
+    // The first to come and the last to go: where there are many, the sets are in it.
+    std::shared_ptr<OwnRegistry> registry;
     std::string identifier;
 };
 
