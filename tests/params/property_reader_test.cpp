@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "framework/active_object.h"
 #include "framework/published_object.h"
 #include "platform/last_error.h"
 #include "platform/published/results.h"
+#include "tests/support/memory_property_store.h"
 #include "tests/support/variants.h"
 
 namespace korva::params {
@@ -52,6 +54,7 @@ protected:
     framework::Ref<OneValueStore> store = framework::create<OneValueStore>();
     std::uint32_t number = 99;
     std::string text = "before";
+    std::vector<std::string> texts = {"before"};
 };
 
 TEST_F(PropertyReader, NumbersOfUpTo32BitsAreRead) {
@@ -136,6 +139,55 @@ TEST_F(PropertyReader, AnotherKindIsNoText) {
     EXPECT_EQ(ReadText(store.get(), anyKey, text), 1630);
     EXPECT_EQ(platform::lastError(), 1630U);
     EXPECT_EQ(text, "");
+}
+
+TEST_F(PropertyReader, ListsOfTextsComeAsUtf8) {
+    const auto memory = test::MemoryPropertyStore::make();
+    memory->putTexts(anyKey, {"K\303\266rva", "", "\360\237\216\265"});
+    EXPECT_EQ(ReadTexts(memory.get(), anyKey, texts), 0);
+    EXPECT_EQ(texts, (std::vector<std::string>{"K\303\266rva", "", "\360\237\216\265"}));
+}
+
+TEST_F(PropertyReader, AListOfNothingIsEmpty) {
+    store->value = test::listVariant({});
+    EXPECT_EQ(ReadTexts(store.get(), anyKey, texts), 0);
+    EXPECT_EQ(texts, (std::vector<std::string>{}));
+}
+
+TEST_F(PropertyReader, ANullInAListIsAnEmptyText) {
+    store->value = test::listVariant({});
+    auto* const pointers = static_cast<LPWSTR*>(CoTaskMemAlloc(2 * sizeof(LPWSTR)));
+    pointers[0] = nullptr;
+    pointers[1] = nullptr;
+    store->value.calpwstr.cElems = 2;
+    store->value.calpwstr.pElems = pointers;
+    EXPECT_EQ(ReadTexts(store.get(), anyKey, texts), 0) << "the reader frees the list";
+    EXPECT_EQ(texts, (std::vector<std::string>{"", ""}));
+}
+
+TEST_F(PropertyReader, AnotherKindIsNoList) {
+    for (const VARTYPE kind : {VT_UI4, VT_LPWSTR, VT_BLOB}) {
+        texts = {"before"};
+        platform::setLastError(0);
+        store->value = test::variantOfKind(kind);
+        EXPECT_EQ(ReadTexts(store.get(), anyKey, texts), 1630) << kind;
+        EXPECT_EQ(platform::lastError(), 1630U);
+        EXPECT_EQ(texts, (std::vector<std::string>{}));
+    }
+}
+
+TEST_F(PropertyReader, NoListLeavesAnEmptyOne) {
+    platform::setLastError(1168);
+    store->value = test::variantOfKind(VT_EMPTY);
+    EXPECT_EQ(ReadTexts(store.get(), anyKey, texts), 1168);
+    EXPECT_EQ(texts, (std::vector<std::string>{}));
+    texts = {"before"};
+    store->result = static_cast<HRESULT>(0x80070002U);
+    EXPECT_EQ(ReadTexts(store.get(), anyKey, texts), static_cast<HRESULT>(0x80070002U));
+    EXPECT_EQ(texts, (std::vector<std::string>{}));
+    texts = {"before"};
+    EXPECT_EQ(ReadTexts(nullptr, anyKey, texts), published::nullPointer);
+    EXPECT_EQ(texts, (std::vector<std::string>{}));
 }
 
 }  // namespace
