@@ -19,17 +19,22 @@ using framework::Held;
 using framework::Ref;
 using published::APO_CONNECTION_DESCRIPTOR;
 using published::APO_CONNECTION_PROPERTY;
+using published::UNCOMPRESSEDAUDIOFORMAT;
 namespace registry_type = platform::registry_type;
 
 namespace {
 
 constexpr const char* moduleNames[] = {"TANMER64", "DRIVOL64", "PELLUX64"};
 
+UNCOMPRESSEDAUDIOFORMAT uncompressed(const StreamFormat& format) {
+    return {published::ieeeFloatFormat, format.channels, 4, 32, static_cast<float>(format.rate), format.mask};
+}
+
 /// Tells a format, and knows nothing else.
 class FakeMediaType final
     : public framework::PublishedObject<FakeMediaType, framework::ObjectBase, published::IAudioMediaType> {
 public:
-    explicit FakeMediaType(const StreamFormat& told) : format(told) {}
+    FakeMediaType(const UNCOMPRESSEDAUDIOFORMAT& told, HRESULT toldWith) : format(told), result(toldWith) {}
 
     HRESULT STDMETHODCALLTYPE IsCompressedFormat(BOOL* compressed) override {
         *compressed = 0;
@@ -39,15 +44,14 @@ public:
         return published::notImplemented;
     }
     const WAVEFORMATEX* STDMETHODCALLTYPE GetAudioFormat() override { return nullptr; }
-    HRESULT STDMETHODCALLTYPE
-    GetUncompressedAudioFormat(published::UNCOMPRESSEDAUDIOFORMAT* uncompressed) override {
-        *uncompressed = {published::ieeeFloatFormat,      format.channels, 4, 32,
-                         static_cast<float>(format.rate), format.mask};
-        return published::ok;
+    HRESULT STDMETHODCALLTYPE GetUncompressedAudioFormat(UNCOMPRESSEDAUDIOFORMAT* told) override {
+        *told = format;
+        return result;
     }
 
 private:
-    const StreamFormat format;
+    const UNCOMPRESSEDAUDIOFORMAT format;
+    const HRESULT result;
 };
 
 std::span<const std::byte> bytesOf(platform::WideView text) {
@@ -65,8 +69,10 @@ GUID effectGuid(std::uint8_t n) {
     return {0x5AB10000, 0, 0, {0, 0, 0, 0, 0, 0, 0, n}};
 }
 
-LockedConnection::LockedConnection(const StreamFormat& format)
-    : type(framework::create<FakeMediaType>(format)) {
+LockedConnection::LockedConnection(const StreamFormat& format) : LockedConnection(uncompressed(format)) {}
+
+LockedConnection::LockedConnection(const UNCOMPRESSEDAUDIOFORMAT& told, HRESULT result)
+    : type(framework::create<FakeMediaType>(told, result)) {
     descriptor.pFormat = type.get();
     descriptor.u32MaxFrameCount = 4096;
     descriptor.u32Signature = published::connectionDescriptorSignature;
@@ -161,8 +167,15 @@ void EffectRig::lock(const StreamFormat& in, const StreamFormat& out) {
     LockedConnection output(out);
     APO_CONNECTION_DESCRIPTOR* const inputs[] = {input.get()};
     APO_CONNECTION_DESCRIPTOR* const outputs[] = {output.get()};
-    on([&] { EXPECT_EQ(core().lockForProcess(inputs, outputs), 0); });
+    EXPECT_EQ(lockConnections(inputs, outputs), published::ok);
     inFormat = in;
+}
+
+HRESULT EffectRig::lockConnections(std::span<APO_CONNECTION_DESCRIPTOR* const> inputs,
+                                   std::span<APO_CONNECTION_DESCRIPTOR* const> outputs) {
+    HRESULT result = published::unspecifiedFailure;
+    on([&] { result = core().lockForProcess(inputs, outputs); });
+    return result;
 }
 
 void EffectRig::unlock() {
@@ -183,15 +196,11 @@ std::vector<float> EffectRig::play(std::span<const float> samples, std::uint32_t
 std::vector<RecordedCall> EffectRig::newRecords() {
     std::vector<RecordedCall> calls;
     on([&] { calls = recording.calls(); });
-    const std::size_t seen = std::exchange(seenCalls, calls.size());
-    calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(seen));
+    const std::size_t count = calls.size();
+    calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(seenCalls));
+    seenCalls = count;
+    std::erase_if(calls, [](const RecordedCall& call) { return call.function == "process"; });
     return calls;
-}
-
-std::vector<std::string> EffectRig::newCalls() {
-    std::vector<std::string> added = functionsOf(newRecords());
-    std::erase(added, "process");
-    return added;
 }
 
 std::vector<std::string> EffectRig::newLifeCalls() {

@@ -52,6 +52,8 @@ struct RigOptions {
 class LockedConnection {
 public:
     explicit LockedConnection(const StreamFormat& format);
+    /// One that tells this format, with this result.
+    explicit LockedConnection(const published::UNCOMPRESSEDAUDIOFORMAT& told, HRESULT result = published::ok);
 
     [[nodiscard]] published::APO_CONNECTION_DESCRIPTOR* get() noexcept { return &descriptor; }
 
@@ -103,14 +105,19 @@ public:
     void begin(const std::string& endpointId);
 
     void lock(const StreamFormat& in = {}, const StreamFormat& out = {});
+    /// With whatever connections; what they have to do with the stream that `play` plays is the caller's.
+    [[nodiscard]] HRESULT lockConnections(std::span<published::APO_CONNECTION_DESCRIPTOR* const> inputs,
+                                          std::span<published::APO_CONNECTION_DESCRIPTOR* const> outputs);
     void unlock();
     /// One call of the real-time section, on the calling thread: valid samples in, samples out.
     std::vector<float> play(std::span<const float> samples, std::uint32_t outputChannels = 2);
 
-    /// Names of the recorder's functions since the last time, `process` left out; asked for on the core's
-    /// thread, so that all calls before are in it.
-    [[nodiscard]] std::vector<std::string> newCalls();
-    /// Those since the last time, of both, in which a module or an instance begins, is tried, or ends: "Load
+    /// The recorder's calls since the last time, `process` left out; asked for on the core's thread, so that
+    /// all calls before are in it.
+    [[nodiscard]] std::vector<RecordedCall> newRecords();
+    /// Their functions' names.
+    [[nodiscard]] std::vector<std::string> newCalls() { return functionsOf(newRecords()); }
+    /// Those since the last time in which a module or an instance begins, is tried, or ends: "Load
     /// TANMER64", "Create TANMER64 1", "isHardwareAvailable DRIVOL64 1", ...
     [[nodiscard]] std::vector<std::string> newLifeCalls();
     /// The documents of all engines so far, as their modules got them.
@@ -129,7 +136,6 @@ public:
 
 private:
     void settleAll();
-    [[nodiscard]] std::vector<RecordedCall> newRecords();
     static void setValueAt(const OwnEndpoint& at, REFPROPERTYKEY key, std::uint32_t type,
                            std::span<const std::byte> data);
     static void setTextAt(const OwnEndpoint& at, REFPROPERTYKEY key, std::string_view text);

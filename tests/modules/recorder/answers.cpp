@@ -1,6 +1,10 @@
 #include "tests/modules/recorder/answers.h"
 
+#include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
 
 #include "tests/modules/recorder/system.h"
 
@@ -49,6 +53,17 @@ std::optional<std::vector<std::uint8_t>> bytesAnswer(std::string_view key) {
         bytes.push_back(static_cast<std::uint8_t>(std::strtoul(digits->substr(at, 2).c_str(), nullptr, 16)));
     }
     return bytes;
+}
+
+void holdBack(std::string_view function) {
+    const std::optional<std::string> file = answer("hold:" + std::string(function));
+    if (!file || !std::filesystem::exists(*file)) {
+        return;
+    }
+    std::ofstream(*file + ".reached") << function;
+    while (std::filesystem::exists(*file)) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 }  // namespace korva::recorder

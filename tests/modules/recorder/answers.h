@@ -16,6 +16,9 @@ namespace korva::recorder {
 [[nodiscard]] std::uint32_t numberAnswer(std::string_view key, std::uint32_t otherwise);
 [[nodiscard]] float factorAnswer(std::string_view key, float otherwise);
 
+/// Waits as long as the file is there that the list has under `hold:` and the function's name.
+void holdBack(std::string_view function);
+
 /// Bytes, which the list has as hexadecimal digits.
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> bytesAnswer(std::string_view key);
 

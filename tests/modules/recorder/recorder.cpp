@@ -13,6 +13,8 @@
 //     data:BANK:ID                     the bytes that SetGetData writes, as far as they fit: none
 //     count:BANK:ID                    its result: how many these were
 //     factor                           what samples are multiplied by: 0.5
+//     hold:FUNCTION                    a file: while it is there, a call of that function of the owner's
+//                                      doesn't go on, and FILE.reached is made as it begins to wait
 //
 // KORVA_RECORDER_SAMPLES says how many samples of each plane a block's record has: 8.
 #include <algorithm>
@@ -39,6 +41,12 @@ struct Life {
     Life& operator=(const Life&) = delete;
 };
 const Life life;
+
+/// A call of the owner's thread, which a test may hold back.
+class OwnerCall : public CallRecord {
+public:
+    OwnerCall(const char* function, const void* object) : CallRecord(function, object) { holdBack(function); }
+};
 
 void noteFormat(CallRecord& record, const char* name, const EngineFormat* format) {
     record.bytes(name, format, sizeof(EngineFormat));
@@ -103,7 +111,7 @@ void capture(DspInstance* instance, DspBlock* block) {
 }
 
 std::uint32_t isHardwareAvailable(DspInstance* instance) {
-    CallRecord record("isHardwareAvailable", instance);
+    OwnerCall record("isHardwareAvailable", instance);
     const std::uint32_t result = numberAnswer("hardware", 0);
     record.number("result", result);
     return result;
@@ -132,11 +140,11 @@ std::uint32_t answerData(std::int32_t bank, std::int32_t id, void* out, std::uin
 }  // namespace
 }  // namespace korva::recorder
 
-using korva::recorder::CallRecord;
 using korva::recorder::numberAnswer;
+using korva::recorder::OwnerCall;
 
 DspInstance* ZRDSPAPI_Create(const char* text, uint32_t length) {
-    CallRecord record("Create", nullptr);
+    OwnerCall record("Create", nullptr);
     record.bytes("text", text, length);
     const bool isMade = korva::recorder::answer("create") != "null";
     auto instance = isMade ? std::make_unique<DspInstance>(DspInstance{&korva::recorder::table}) : nullptr;
@@ -147,13 +155,13 @@ DspInstance* ZRDSPAPI_Create(const char* text, uint32_t length) {
 uint32_t ZRDSPAPI_Free(DspInstance* instance) {
     // Goes behind the record: another instance at its address is recorded later.
     const std::unique_ptr<DspInstance> ended(instance);
-    const CallRecord record("Free", instance);
+    const OwnerCall record("Free", instance);
     return numberAnswer("free", 0);
 }
 
 uint32_t ZRDSPAPI_IsInputFormatSupported(DspInstance* instance, EngineFormat* requested,
                                          EngineFormat* opposite) {
-    CallRecord record("IsInputFormatSupported", instance);
+    OwnerCall record("IsInputFormatSupported", instance);
     korva::recorder::noteFormat(record, "requested", requested);
     korva::recorder::noteFormat(record, "opposite", opposite);
     return korva::recorder::answerFormat(record, "inputFormat", requested);
@@ -161,21 +169,21 @@ uint32_t ZRDSPAPI_IsInputFormatSupported(DspInstance* instance, EngineFormat* re
 
 uint32_t ZRDSPAPI_IsOutputFormatSupported(DspInstance* instance, EngineFormat* requested,
                                           EngineFormat* opposite) {
-    CallRecord record("IsOutputFormatSupported", instance);
+    OwnerCall record("IsOutputFormatSupported", instance);
     korva::recorder::noteFormat(record, "requested", requested);
     korva::recorder::noteFormat(record, "opposite", opposite);
     return korva::recorder::answerFormat(record, "outputFormat", requested);
 }
 
 uint32_t ZRDSPAPI_IsCaptureFormatSupported(DspInstance* instance, EngineFormat* requested) {
-    CallRecord record("IsCaptureFormatSupported", instance);
+    OwnerCall record("IsCaptureFormatSupported", instance);
     korva::recorder::noteFormat(record, "requested", requested);
     return korva::recorder::answerFormat(record, "captureFormat", requested);
 }
 
 uint8_t ZRDSPAPI_Initialize(DspInstance* instance, EngineFormat* in, EngineFormat* out,
                             EngineFormat* capture) {
-    CallRecord record("Initialize", instance);
+    OwnerCall record("Initialize", instance);
     korva::recorder::noteFormat(record, "in", in);
     korva::recorder::noteFormat(record, "out", out);
     korva::recorder::noteFormat(record, "capture", capture);
@@ -183,17 +191,17 @@ uint8_t ZRDSPAPI_Initialize(DspInstance* instance, EngineFormat* in, EngineForma
 }
 
 void ZRDSPAPI_Uninitialize(DspInstance* instance) {
-    const CallRecord record("Uninitialize", instance);
+    const OwnerCall record("Uninitialize", instance);
 }
 
 void ZRDSPAPI_Clear(DspInstance* instance, int32_t which) {
-    CallRecord record("Clear", instance);
+    OwnerCall record("Clear", instance);
     record.number("which", which);
 }
 
 uint32_t ZRDSPAPI_SetParameter(DspInstance* instance, int32_t bank, int32_t id, int32_t index,
                                const void* data, uint32_t size) {
-    CallRecord record("SetParameter", instance);
+    OwnerCall record("SetParameter", instance);
     record.number("bank", bank);
     record.number("id", id);
     record.number("index", index);
@@ -204,7 +212,7 @@ uint32_t ZRDSPAPI_SetParameter(DspInstance* instance, int32_t bank, int32_t id, 
 
 uint32_t ZRDSPAPI_SetGetData(DspInstance* instance, int32_t bank, int32_t id, const void* in, uint32_t inSize,
                              void* out, uint32_t outSize) {
-    CallRecord record("SetGetData", instance);
+    OwnerCall record("SetGetData", instance);
     record.number("bank", bank);
     record.number("id", id);
     record.number("inSize", inSize);
@@ -217,11 +225,11 @@ uint32_t ZRDSPAPI_SetGetData(DspInstance* instance, int32_t bank, int32_t id, co
 }
 
 void ZRDSPAPI_WakeUp(DspInstance* instance) {
-    const CallRecord record("WakeUp", instance);
+    const OwnerCall record("WakeUp", instance);
 }
 
 void ZRDSPAPI_SetInputGain(DspInstance* instance, float gain) {
-    CallRecord record("SetInputGain", instance);
+    OwnerCall record("SetInputGain", instance);
     record.bytes("gain", &gain, sizeof(gain));
 }
 
