@@ -1,0 +1,10 @@
+# A stream's life, and what a module is told in it.
+korva_test(korva_stream_test
+    LABEL unit
+    SOURCES
+        call_log_test.cpp
+        engine_start_test.cpp
+        expected_calls.cpp
+        parameter_traffic_test.cpp
+        volume_level_test.cpp
+    LIBRARIES korva_engine korva_test_effect_rig)
