@@ -7,9 +7,9 @@
 #include <span>
 
 #include "engine/wave_format.h"
-#include "framework/published_call.h"
 #include "framework/ref.h"
 #include "platform/published/results.h"
+#include "platform/published_call.h"
 
 namespace korva::engine {
 namespace {
@@ -72,7 +72,7 @@ HRESULT AudioMediaType::Create(const WAVEFORMATEX* waveFormat, UINT32 size, floa
         !(skipCheck || isConsistent(*waveFormat))) {
         return published::invalidArgument;
     }
-    return framework::publishedCall([&] {
+    return platform::publishedCall([&] {
         *created = Ref<AudioMediaType>::share(new AudioMediaType(*waveFormat, framesPerSecond)).giveUp();
         return published::ok;
     });
