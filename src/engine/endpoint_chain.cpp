@@ -18,7 +18,8 @@ void ignoreChange(const EffectsStore&, const EffectsStore&) {}
 
 }  // namespace
 
-// One line for each value, in the order in which they come to be.
+// One line for each value, in the order in which they come to be. Parameters are made anew with their source
+// even for the same engine: what one preset doesn't say must not come from the one before.
 void EffectCore::deriveEndpointChain() {
     derive(outEndpointId, from(endpointIdStrW, isAlive), endpointIdOf);
     derive(endpointGuidText, from(outEndpointId), guidTextIn);
@@ -38,7 +39,8 @@ void EffectCore::deriveEndpointChain() {
     derive(presetVersion, from(userStore, fxId), presetVersionIn);
     derive(modeFlags, from(userStore, fxId), modeFlagsIn);
     derive(engineId, from(userStore, fxId), engineIdIn);
-    derive(parameterSet, from(engineId), parametersOf);
+    derive(parameterSet, from(userStore, fxId, engineId),
+           [](const auto&, const auto&, const GUID& engine) { return parametersOf(engine); });
     derive(chunkReaders, from(userStore, fxId, parameterSet), readersOf);
     derive(hasClientList, from(clientList), hasEntries);
 }
