@@ -37,7 +37,8 @@ EffectCore::EffectCore(std::uint32_t type, Surroundings found)
     engineAllowed.set(true);
     firstInstance.set(number.wasFirst());
     moduleVersion.set(ownVersion);
-    clientListReading = watch(userStore).onEveryValue([this] { readClientList(); }, nullptr);
+    clientListReading =
+        watch(userStore).whileSet(&EffectCore::readClientList, [this] { clientList.reset(); });
     watchForEngine();
 }
 
