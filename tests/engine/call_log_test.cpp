@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
+#include "tests/engine/block_turns.h"
 #include "tests/engine/effect_test.h"
 #include "tests/support/sounding_thread.h"
 
@@ -17,7 +17,6 @@ namespace {
 using test::joined;
 using test::Lines;
 using test::lockCalls;
-using test::RecordedCall;
 using test::startCalls;
 
 constexpr std::uint32_t rate = 48000;
@@ -195,25 +194,6 @@ TEST_F(CallLog, AMissingHardwareModuleLeavesTheFloatOne) {
     EXPECT_EQ(newCalls(), joined({startCalls({.engineId = test::firstEngine}), lockCalls(1)}));
 }
 
-/// How many blocks an instance got while it wasn't between the end of its Initialize and the beginning of its
-/// Uninitialize.
-int blocksOutOfTurn(const std::vector<RecordedCall>& calls) {
-    std::map<int, std::vector<std::pair<std::int64_t, std::int64_t>>> active;
-    for (const RecordedCall& call : calls) {
-        if (call.function == "Initialize") {
-            active[call.instance].emplace_back(call.endNs, INT64_MAX);
-        } else if (call.function == "Uninitialize") {
-            active[call.instance].back().second = call.beginNs;
-        }
-    }
-    return static_cast<int>(std::ranges::count_if(calls, [&](const RecordedCall& call) {
-        return call.function == "process" &&
-               std::ranges::none_of(active[call.instance], [&](const auto& span) {
-                   return span.first <= call.beginNs && call.endNs <= span.second;
-               });
-    }));
-}
-
 TEST_F(CallLog, AChangeOfIdentityBringsTheNextModuleUpBeforeTheLastOneGoesAndSoundNeverStops) {
     rig.recording.noteSamples(0);
     beginStream();
@@ -230,7 +210,7 @@ TEST_F(CallLog, AChangeOfIdentityBringsTheNextModuleUpBeforeTheLastOneGoesAndSou
     EXPECT_EQ(played.wrong, 0);
     EXPECT_GE(played.processed, 40);
     EXPECT_EQ(callsOf("process", rig.recording.calls()).size(), static_cast<std::size_t>(played.processed));
-    EXPECT_EQ(blocksOutOfTurn(rig.recording.calls()), 0);
+    EXPECT_EQ(test::blocksOutOfTurn(rig.recording.calls()), 0);
 }
 
 TEST_F(CallLog, AChangeToAnotherPresetOfAnEngineMakesOneInstanceOfTheLoadedModule) {

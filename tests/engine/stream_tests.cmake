@@ -3,8 +3,11 @@ korva_test(korva_stream_test
     LABEL unit
     SOURCES
         call_log_test.cpp
+        effect_core_threads_test.cpp
         engine_start_test.cpp
         expected_calls.cpp
+        notifications_test.cpp
         parameter_traffic_test.cpp
+        stream_lock_test.cpp
         volume_level_test.cpp
-    LIBRARIES korva_engine korva_test_effect_rig)
+    LIBRARIES korva_engine korva_test_effect_rig korva_test_support)
