@@ -110,6 +110,20 @@ void EffectCore::onClose() {
     processor.hardwareMode.set(false);
     fallbackStore = nullptr;
     ActiveObject::onClose();
+    // A change among whose listeners this is goes through first, and sets what has just been cleared.
+    if (dspEngine.value() || !outEndpointId.isDefault()) {
+        postAndForget([self = framework::WeakRef<EffectCore>(*this)] {
+            if (const framework::Ref<EffectCore> core = self.lock()) {
+                core->clearChain();
+            }
+        });
+    }
+}
+
+void EffectCore::clearChain() {
+    dspEngine.reset();
+    processor.hardwareMode.set(false);
+    outEndpointId.reset();
 }
 
 }  // namespace korva::engine

@@ -181,6 +181,7 @@ public:
 
 private:
     void onClose() override;
+    void clearChain();
 
     // endpoint_chain.cpp
     void deriveEndpointChain();

@@ -27,6 +27,9 @@ void EffectCore::engineBuild(std::uint32_t flags) {
     processor.hardwareMode.set(false);
     Held<DspEngine> engine = (flags & modeHardware) != 0 ? engineOnHardware(flags) : nullptr;
     dspEngine.set(engine ? std::move(engine) : engineOfMode(0));
+    if (closedCounter()->get() != 0) {
+        return;  // by a listener of the engine: nothing would end these
+    }
     waking = watch(hasClientList).whileSet(&EffectCore::engineWake, nullptr);
     starting = watch(sampleRate).whileSet(&EffectCore::engineStart, &EffectCore::engineStop);
 }
