@@ -15,6 +15,16 @@ PlaneLevels levelsOf(const std::array<rt::SharedWord<float>, rt::planeCount>& pe
 
 }  // namespace
 
+// A stream begins in silence, whatever the one before left. What the module told last stays for the next
+// pull: it may not tell again.
+void EffectCore::resetLevelMeters() {
+    processor.resetMeters();
+    inputLevelMeters.reset();
+    outputLevelMeters.reset();
+    dspInputLevelMeters.reset();
+    dspOutputLevelMeters.reset();
+}
+
 // Whatever a module leaves of its levels counts, so an answer that is too short mends nothing.
 void EffectCore::pullLevelMeters() {
     if (const framework::Held<DspEngine> engine = dspEngine.value()) {

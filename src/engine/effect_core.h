@@ -222,6 +222,7 @@ private:
     void setFormats(const rt::EngineFormat& in, const rt::EngineFormat& out);
 
     // diagnostics.cpp
+    void resetLevelMeters();
     void pullLevelMeters();
 
     // notifications.cpp

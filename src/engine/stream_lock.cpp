@@ -50,7 +50,7 @@ HRESULT EffectCore::lockForProcess(std::span<APO_CONNECTION_DESCRIPTOR* const> i
         readModuleVersion();
         dspEngine.value()->Clear(everything);
     }
-    processor.resetMeters();
+    resetLevelMeters();
     pullLevelMeters();
     return published::ok;
 }

@@ -35,7 +35,7 @@ protected:
         static_cast<void>(newCalls());
     }
     /// Frames of the stream, and what comes of them on as many channels.
-    [[nodiscard]] std::vector<float> play(const std::vector<float>& samples, std::uint32_t channels = 2) {
+    std::vector<float> play(const std::vector<float>& samples, std::uint32_t channels = 2) {
         return rig.play(samples, channels);
     }
     [[nodiscard]] Lines newCalls() { return textsOf(rig.newRecords()); }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <vector>
@@ -204,14 +205,14 @@ TEST_F(StreamLock, LetsLevelsFallByTheRate) {
 TEST_F(StreamLock, AndUnlockMakeTheNextBufferAStreamsFirst) {
     rig.lock();
     EXPECT_FALSE(section().started.get());
-    static_cast<void>(play({1.0f, 1.0f}));
+    play({1.0f, 1.0f});
     EXPECT_TRUE(section().started.get());
     rig.lock();
     EXPECT_FALSE(section().started.get()) << "a lock while locked";
-    static_cast<void>(play({1.0f, 1.0f}));
+    play({1.0f, 1.0f});
     rig.unlock();
     EXPECT_FALSE(section().started.get()) << "an unlock";
-    static_cast<void>(play({1.0f, 1.0f}));
+    play({1.0f, 1.0f});
     rig.unlock();
     EXPECT_TRUE(section().started.get()) << "an unlock of what isn't locked";
 }
@@ -219,7 +220,7 @@ TEST_F(StreamLock, AndUnlockMakeTheNextBufferAStreamsFirst) {
 TEST_F(StreamLock, ForgetsTheLevelsOfTheStreamBefore) {
     section().levelMetersEnabled.set(1);
     rig.lock();
-    static_cast<void>(play({1.0f, 0.5f}));
+    play({1.0f, 0.5f});
     EXPECT_EQ(section().inputPeak[0].get(), 1.0f);
     rig.unlock();
     rig.lock();
@@ -227,6 +228,29 @@ TEST_F(StreamLock, ForgetsTheLevelsOfTheStreamBefore) {
     EXPECT_EQ(section().outputPeak[1].get(), 0.0f);
     EXPECT_EQ(rig.core().inputLevelMeters.read(), PlaneLevels{});
     EXPECT_EQ(rig.core().outputLevelMeters.read(), PlaneLevels{});
+}
+
+/// All that a value of levels becomes.
+struct SeenLevels {
+    std::vector<PlaneLevels> levels;
+
+    static void look(void* context, framework::ListenedTo&, framework::ActiveObject&, const void* published,
+                     void*, const void*, framework::Reason) {
+        static_cast<SeenLevels*>(context)->levels.push_back(*static_cast<const PlaneLevels*>(published));
+    }
+};
+
+TEST_F(StreamLock, PublishesSilenceBeforeTheLevelsThatTheModuleToldLast) {
+    begin();
+    rig.recording.answer("data:-1:-36=0000803f");
+    rig.lock();
+    rig.unlock();
+    rig.recording.answer("");
+    SeenLevels seen;
+    rig.core().dspInputLevelMeters.subscribe(&seen, nullptr, &SeenLevels::look);
+    rig.lock();
+    rig.core().dspInputLevelMeters.unsubscribe(&seen, nullptr, &SeenLevels::look);
+    EXPECT_EQ(seen.levels, (std::vector<PlaneLevels>{{}, {1.0f}}));
 }
 
 TEST_F(StreamLock, TellsTheModuleWhetherToMeasure) {
@@ -256,6 +280,55 @@ TEST_F(StreamLock, PublishesTheModulesLevelsWhateverItsCount) {
     rig.lock();
     full[0] = 2.0f;
     EXPECT_EQ(rig.core().dspInputLevelMeters.read(), full) << "what it leaves stays";
+}
+
+/// What is heard of a stream by what its engine is.
+class StreamSound : public test::EffectTest {
+protected:
+    static constexpr test::StreamFormat monoCenter = {.channels = 1, .mask = 0x4};
+
+    void putModule(const std::string& library) {
+        for (const auto& file : std::filesystem::directory_iterator(rig.modules.path())) {
+            if (file.path().stem() == "PELLUX64") {
+                std::filesystem::remove(file.path());
+                break;
+            }
+        }
+        rig.modules.putLibrary(std::filesystem::path(KORVA_TEST_MODULES) / (library + KORVA_MODULE_SUFFIX),
+                               "PELLUX64");
+    }
+};
+
+TEST_F(StreamSound, WithoutAnEngineIsFolded) {
+    rig.begin();
+    rig.lock(monoCenter);
+    EXPECT_EQ(play({1.0f}), (std::vector<float>{1.0f, 1.0f}));
+}
+
+TEST_F(StreamSound, OfAnEngineWithoutAModuleIsNotFolded) {
+    begin({.engineId = test::secondEngine});
+    rig.lock(monoCenter);
+    EXPECT_EQ(play({1.0f}), (std::vector<float>{0.0f, 0.0f}));
+    rig.unlock();
+    rig.lock({.channels = 8, .mask = 0x63F});
+    EXPECT_EQ(play({1, 2, 3, 4, 5, 6, 7, 8}), (std::vector<float>{1, 2}));
+}
+
+TEST_F(StreamSound, OfAModuleIsWhatTheModuleMakesOfThePlanes) {
+    begin();
+    rig.lock(monoCenter);
+    EXPECT_EQ(play({1.0f}), (std::vector<float>{0.0f, 0.0f}));
+    rig.unlock();
+    rig.lock();
+    EXPECT_EQ(play({1.0f, 0.5f}), (std::vector<float>{0.5f, 0.25f}));
+    EXPECT_TRUE(callsOf("Process", rig.recording.calls()).empty()) << "the export is for others";
+}
+
+TEST_F(StreamSound, OfAModuleThatExportsNoProcessPassesAsItIs) {
+    putModule("lacking_Process");
+    begin();
+    rig.lock();
+    EXPECT_EQ(play({1.0f, 0.5f}), (std::vector<float>{1.0f, 0.5f}));
 }
 
 }  // namespace
