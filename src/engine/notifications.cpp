@@ -1,4 +1,5 @@
 // What the system tells of an endpoint.
+#include <cassert>
 #include <string>
 #include <utility>
 
@@ -44,6 +45,7 @@ bool isOne(IPropertyStore* store, REFPROPERTYKEY key) {
 }  // namespace
 
 void EffectCore::onApoNotification(const published::APO_NOTIFICATION& notification) {
+    assert(isOwnerThread());
     switch (notification.type) {
         case published::APO_NOTIFICATION_TYPE_ENDPOINT_VOLUME:
             onVolumeChange(notification.audioEndpointVolumeChange);
@@ -92,6 +94,7 @@ void EffectCore::onSystemEffectsProperty(
 // The numbers that select an engine are read only as the effect's identity or its store changes. Whoever
 // installs settings writes them before the identity.
 void EffectCore::onEffectsProperty(REFPROPERTYKEY key) {
+    assert(isOwnerThread());
     if (!userStore.value() || !platform::isValidKey(fxIdKey)) {
         return;
     }

@@ -1,4 +1,6 @@
 // The formats and the life of a stream.
+#include <cassert>
+
 #include "engine/effect_core.h"
 #include "engine/format_negotiation.h"
 #include "engine/stream_format.h"
@@ -40,6 +42,7 @@ HRESULT EffectCore::isOutputFormatSupported(IAudioMediaType* opposite, IAudioMed
 // The first buffer of a stream is known by `started`, which the audio thread sets.
 HRESULT EffectCore::lockForProcess(std::span<APO_CONNECTION_DESCRIPTOR* const> inputs,
                                    std::span<APO_CONNECTION_DESCRIPTOR* const> outputs) {
+    assert(isOwnerThread());
     processor.started.set(false);
     if (locked.value()) {
         return published::ok;
@@ -56,6 +59,7 @@ HRESULT EffectCore::lockForProcess(std::span<APO_CONNECTION_DESCRIPTOR* const> i
 }
 
 void EffectCore::unlockForProcess() {
+    assert(isOwnerThread());
     if (locked.value()) {
         locked.set(false);
         processor.started.set(false);
