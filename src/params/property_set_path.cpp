@@ -9,15 +9,15 @@ bool isOnePart(std::string_view name) noexcept {
 
 }  // namespace
 
+std::string propertySetsPath(std::string_view endpointId) {
+    return isOnePart(endpointId) ? "Software\\Veltrane\\APO\\" + std::string(endpointId) : std::string();
+}
+
 std::string propertySetPath(std::string_view endpointId, std::string_view setName) {
     if (!isOnePart(endpointId) || !isOnePart(setName)) {
         return {};
     }
-    std::string path = "Software\\Veltrane\\APO\\";
-    path += endpointId;
-    path += "\\FxProperties\\";
-    path += setName;
-    return path;
+    return propertySetsPath(endpointId) + "\\FxProperties\\" + std::string(setName);
 }
 
 }  // namespace korva::params

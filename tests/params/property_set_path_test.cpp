@@ -14,6 +14,12 @@ TEST(PropertySetPath, NamesTheEndpointAndTheSet) {
               "Software\\Veltrane\\APO\\e\\FxProperties\\Volatile");
 }
 
+TEST(PropertySetPath, AllSetsOfAnEndpointAreBelowOneKey) {
+    EXPECT_EQ(propertySetsPath("e"), "Software\\Veltrane\\APO\\e");
+    EXPECT_EQ(propertySetsPath("a/b"), "");
+    EXPECT_EQ(propertySetsPath("a\\b"), "");
+}
+
 TEST(PropertySetPath, ASlashInEitherNameMakesItEmpty) {
     for (const char* const bad : {"\\", "/", "a\\b", "a/b", "\\a", "a/"}) {
         EXPECT_EQ(propertySetPath(bad, "User"), "") << bad;

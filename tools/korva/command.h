@@ -20,6 +20,7 @@ using Commands = std::vector<Command>;
 
 /// Each adds its command, or its group of them, to the command line.
 void addCatalogue(CLI::App& line, Commands& commands);
+void addEndpoint(CLI::App& line, Commands& commands);
 void addModule(CLI::App& line, Commands& commands);
 void addPreset(CLI::App& line, Commands& commands);
 void addProcess(CLI::App& line, Commands& commands);

@@ -48,6 +48,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     line.require_subcommand(1);
     Commands commands;
     addProcess(line, commands);
+    addEndpoint(line, commands);
     addPreset(line, commands);
     addCatalogue(line, commands);
     addModule(line, commands);
