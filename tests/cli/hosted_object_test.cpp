@@ -29,7 +29,7 @@ Peaks peaksAfter(HostedObject& object, float level) {
 }
 
 TEST(HostedObject, MetersStandAtTheHighestLevel) {
-    HostedObject object;
+    HostedObject object(params::EffectKind::stream, {});
     object.lock(stereo, stereo, 100, true);
     const Peaks peaks = peaksAfter(object, 0.5f);
     EXPECT_EQ(peaks.input[rt::FrontLeft], 0.5f);
@@ -38,13 +38,13 @@ TEST(HostedObject, MetersStandAtTheHighestLevel) {
 }
 
 TEST(HostedObject, MetersStandStillUnlessTheyAreAskedFor) {
-    HostedObject object;
+    HostedObject object(params::EffectKind::stream, {});
     object.lock(stereo, stereo, 100, false);
     EXPECT_EQ(peaksAfter(object, 0.5f).input, Peaks().input);
 }
 
 TEST(HostedObject, ASecondStreamStartsWithoutTheFirstOnesLevels) {
-    HostedObject object;
+    HostedObject object(params::EffectKind::stream, {});
     object.lock(stereo, stereo, 100, true);
     static_cast<void>(peaksAfter(object, 0.5f));
     object.unlock();
@@ -53,7 +53,7 @@ TEST(HostedObject, ASecondStreamStartsWithoutTheFirstOnesLevels) {
 }
 
 TEST(HostedObject, RaisingPeaksNeverLowersThem) {
-    HostedObject object;
+    HostedObject object(params::EffectKind::stream, {});
     object.lock(stereo, stereo, 100, true);
     Peaks peaks;
     peaks.input.fill(2.0f);
@@ -63,7 +63,7 @@ TEST(HostedObject, RaisingPeaksNeverLowersThem) {
 }
 
 TEST(HostedObject, SaysHowLongACallTook) {
-    HostedObject object;
+    HostedObject object(params::EffectKind::stream, {});
     object.lock(stereo, stereo, 100, true);
     static_cast<void>(peaksAfter(object, 0.5f));
     EXPECT_GT(object.lastProcessNs(), 0u);

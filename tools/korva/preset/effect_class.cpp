@@ -30,6 +30,10 @@ std::optional<params::EffectKind> effectOfName(std::string_view name) noexcept {
     return found == effects.end() ? std::nullopt : std::optional(found->kind);
 }
 
+std::string_view effectName(params::EffectKind kind) noexcept {
+    return std::ranges::find(effects, kind, &Effect::kind)->name;
+}
+
 const GUID& effectClass(params::EffectKind kind) noexcept {
     return std::ranges::find(effects, kind, &Effect::kind)->classId;
 }

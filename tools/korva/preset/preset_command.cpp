@@ -3,22 +3,19 @@
 #include "korva/errors.h"
 #include "korva/json.h"
 #include "korva/preset/effect_class.h"
+#include "korva/preset/preset_file.h"
 #include "korva/preset/preset_properties.h"
 #include "korva/preset/preset_text.h"
 #include "korva/preset/stored_preset.h"
 #include "korva/registry/registry_errors.h"
 #include "korva/standard_streams.h"
 #include "korva/whole_file.h"
-#include "params/property_set_path.h"
 #include "platform/property_key.h"
 
 namespace korva::tool {
 namespace {
 
 using platform::RegistryKey;
-
-/// The largest engine's parameters with the most bytes each, as digits, are less.
-constexpr std::size_t maxPresetBytes = std::size_t{64} << 20;
 
 /// File names may be any bytes; those that are no text are replaced.
 std::string lineOf(const Json& json) {
@@ -31,19 +28,6 @@ params::EffectKind effectOf(const PresetOptions& options) {
         fail("--effect takes sfx, mfx or efx, not '{}'", options.effect);
     }
     return *kind;
-}
-
-/// The path of the set that settings are read from.
-std::string userSetPath(const PresetOptions& options) {
-    if (options.endpoint.empty()) {
-        fail("--endpoint takes an endpoint's identifier, not ''");
-    }
-    std::string path = params::propertySetPath(options.endpoint, params::property_set::user);
-    if (path.empty()) {
-        fail("--endpoint takes an endpoint's identifier, which has no slashes or backslashes, not '{}'",
-             options.endpoint);
-    }
-    return path;
 }
 
 std::string summaryText(const Preset& preset) {
@@ -96,14 +80,6 @@ std::string checkJson(const std::string& name, const ReadPreset& read) {
     return lineOf(json);
 }
 
-Preset presetOfFile(const PresetOptions& options) {
-    ReadPreset read = readPresetText(readWholeFile(options.file, maxPresetBytes));
-    if (!read.preset) {
-        fail("{}", faultText(inputName(options.file), read.faults.front()));
-    }
-    return std::move(*read.preset);
-}
-
 void printInstalled(const PresetOptions& options, const Preset& preset) {
     if (options.json) {
         Json json = {
@@ -117,27 +93,25 @@ void printInstalled(const PresetOptions& options, const Preset& preset) {
     }
 }
 
-std::string presetWords(const PresetOptions& options) {
-    return fmt::format("the {} preset of the endpoint '{}'", options.effect, options.endpoint);
-}
-
-RegistryKey openSet(const PresetOptions& options, const std::string& path) {
+RegistryKey openSet(const std::string& endpoint, params::EffectKind kind) {
+    const std::string path = userSetPath(endpoint);
+    const std::string action = "read " + presetWords(endpoint, kind);
     platform::RegistryResult code = platform::registry_result::success;
     const RegistryKey root = RegistryKey::root(platform::RegistryRoot::localMachine, &code);
-    throwIfRefused(code, "read " + presetWords(options));
+    throwIfRefused(code, action);
     RegistryKey key;
     code = root.open(path, platform::RegistryAccess::read, key);
     if (code == platform::registry_result::notFound) {
-        fail("the endpoint '{}' has no presets; 'korva preset install' makes one", options.endpoint);
+        fail("the endpoint '{}' has no presets; 'korva preset install' makes one", endpoint);
     }
-    throwIfRefused(code, "read " + presetWords(options));
+    throwIfRefused(code, action);
     return key;
 }
 
 }  // namespace
 
 int runPresetCheck(const PresetOptions& options) {
-    const ReadPreset read = readPresetText(readWholeFile(options.file, maxPresetBytes));
+    const ReadPreset read = readPresetFile(options.file);
     const std::string name = inputName(options.file);
     printOutput(options.json ? checkJson(name, read) : checkText(name, read));
     return read.preset ? 0 : 1;
@@ -145,21 +119,19 @@ int runPresetCheck(const PresetOptions& options) {
 
 int runPresetInstall(const PresetOptions& options) {
     const params::EffectKind kind = effectOf(options);
-    const std::string path = userSetPath(options);
-    const Preset preset = presetOfFile(options);
-    throwIfRefused(platform::applyRegistryChanges(presetChanges(preset, path, kind)),
-                   "install " + presetWords(options));
+    static_cast<void>(userSetPath(options.endpoint));  // before the file is asked for
+    const Preset preset = presetOfFile(options.file);
+    installPreset(preset, options.endpoint, kind);
     printInstalled(options, preset);
     return 0;
 }
 
 int runPresetDump(const PresetOptions& options) {
     const params::EffectKind kind = effectOf(options);
-    const std::string path = userSetPath(options);
     try {
-        printOutput(presetText(readStoredPreset(openSet(options, path), kind)));
+        printOutput(presetText(readStoredPreset(openSet(options.endpoint, kind), kind)));
     } catch (const NoPreset& reason) {
-        fail("{} can't be dumped: {}", presetWords(options), reason.what());
+        fail("{} can't be dumped: {}", presetWords(options.endpoint, kind), reason.what());
     }
     return 0;
 }

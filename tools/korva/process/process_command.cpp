@@ -1,20 +1,29 @@
 #include "korva/process/process_command.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <charconv>
+#include <filesystem>
 #include <optional>
+#include <system_error>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "korva/errors.h"
 #include "korva/interruption.h"
+#include "korva/preset/effect_class.h"
 #include "korva/process/hosted_object.h"
+#include "korva/process/playback.h"
+#include "korva/process/played_endpoint.h"
 #include "korva/process/process_report.h"
 #include "korva/process/sound_reader.h"
 #include "korva/process/sound_writer.h"
+#include "korva/process/stream_events.h"
 #include "korva/progress_bar.h"
 #include "korva/standard_streams.h"
+#include "platform/module_library.h"
+#include "platform/property_key.h"
 
 namespace korva::tool {
 namespace {
@@ -31,23 +40,49 @@ std::uint32_t parseBufferFrames(const std::string& text) {
     return frames;
 }
 
-void checkEffect(const std::string& effect) {
-    constexpr std::array effects = {"sfx", "mfx", "efx"};
-    if (std::ranges::find(effects, effect) == effects.end()) {
-        fail("--effect takes sfx, mfx or efx, not '{}'", effect);
+params::EffectKind parseEffect(const std::string& name) {
+    const std::optional<params::EffectKind> kind = effectOfName(name);
+    if (!kind) {
+        fail("--effect takes sfx, mfx or efx, not '{}'", name);
     }
+    return *kind;
 }
 
-/// Options that stand for themselves, checked before any file is touched.
+std::filesystem::path parseModuleFolder(const std::string& name) {
+    if (name.empty()) {
+        return platform::ownLibraryFolder();
+    }
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::absolute(name, error);
+    if (!std::filesystem::is_directory(folder, error)) {
+        fail("--module-dir takes a folder, not '{}'", name);
+    }
+    return folder;
+}
+
+std::vector<StreamEvent> parseEvents(const ProcessOptions& options) {
+    const bool hasEndpoint = !options.endpoint.empty() || !options.preset.empty();
+    if (!hasEndpoint &&
+        !(options.changes.empty() && options.volumes.empty() && options.moduleFolder.empty())) {
+        fail("--module-dir, --change and --volume need an endpoint: give --endpoint or --preset, too");
+    }
+    return readStreamEvents(options.changes, options.volumes);
+}
+
+/// Options that stand for themselves, checked before any sound is touched.
 struct Settings {
     explicit Settings(const ProcessOptions& options)
         : bufferFrames(parseBufferFrames(options.bufferFrames)),
-          outputMask(options.outputLayout.empty() ? 0 : parseLayout(options.outputLayout)) {
-        checkEffect(options.effect);
-    }
+          outputMask(options.outputLayout.empty() ? 0 : parseLayout(options.outputLayout)),
+          effect(parseEffect(options.effect)),
+          moduleFolder(parseModuleFolder(options.moduleFolder)),
+          events(parseEvents(options)) {}
 
     std::uint32_t bufferFrames;
     std::uint32_t outputMask;  ///< 0: the input's own.
+    params::EffectKind effect;
+    std::filesystem::path moduleFolder;
+    std::vector<StreamEvent> events;
 };
 
 SoundFormat withMask(SoundFormat format) {
@@ -72,58 +107,25 @@ SoundFormat outputFormat(const ProcessOptions& options, const Settings& settings
     return {in.sampleRate, channels, settings.outputMask};
 }
 
-/// The audio engine's buffers, one for each side, and the records that announce them.
-class EngineBuffers {
-public:
-    EngineBuffers(const SoundFormat& in, const SoundFormat& out, std::uint32_t frames)
-        : inputSamples(std::size_t{frames} * in.channels),
-          outputSamples(std::size_t{frames} * out.channels) {}
-
-    float* inputData() { return inputSamples.data(); }
-    const float* outputData() const { return outputSamples.data(); }
-
-    /// One call for the first `frames` frames.
-    void processWith(HostedObject& object, std::uint32_t frames) {
-        auto input = connection(inputSamples, frames);
-        auto output = connection(outputSamples, frames);
-        object.process(input, output);
+/// A change that would come too late would never be made.
+void checkEvents(const std::vector<StreamEvent>& events, const SoundReader& reader) {
+    const double frames = static_cast<double>(reader.frames().value_or(0));
+    const double length = frames / reader.format().sampleRate;
+    if (reader.frames() && !events.empty() && events.back().seconds >= length) {
+        fail("a change at {} s comes too late: the sound ends after {:.3f} s", events.back().seconds, length);
     }
-
-private:
-    static APO_CONNECTION_PROPERTY connection(std::vector<float>& samples, std::uint32_t frames) {
-        return {.pBuffer = reinterpret_cast<UINT_PTR>(samples.data()),
-                .u32ValidFrameCount = frames,
-                .u32BufferFlags = published::BUFFER_VALID,
-                .u32Signature = published::connectionPropertySignature};
-    }
-
-    std::vector<float> inputSamples;
-    std::vector<float> outputSamples;
-};
-
-std::uint32_t largestBuffer(const SoundReader& reader, std::uint32_t bufferFrames) {
-    return static_cast<std::uint32_t>(
-        std::min<std::uint64_t>(bufferFrames, reader.frames().value_or(bufferFrames)));
 }
 
-/// The stream from lock to unlock.
-void play(HostedObject& object, SoundReader& reader, SoundWriter& writer, ProgressBar& progress,
-          ProcessReport& report) {
-    const std::uint32_t frames = largestBuffer(reader, report.bufferFrames);
-    EngineBuffers buffers(report.input.format, report.output.format, frames);
-    object.lock(report.input.format, report.output.format, frames, report.peaks.has_value());
-    while (const std::uint32_t count = reader.read(buffers.inputData(), frames)) {
-        throwIfInterrupted();
-        buffers.processWith(object, count);
-        report.timings.add(object.lastProcessNs());
-        if (report.peaks) {
-            object.raise(*report.peaks);
+/// A running object keeps its engine: only an effect's identity brings another one.
+void checkEngines(const std::vector<StreamEvent>& events, std::string engine) {
+    for (const StreamEvent& event : events) {
+        const auto* const change = std::get_if<PresetChange>(&event.change);
+        const std::string next = change != nullptr ? platform::guidText(change->preset.engineId) : engine;
+        if (!engine.empty() && next != engine) {
+            fail("--change {}: this preset is for the engine {}, and {} plays", change->file, next, engine);
         }
-        writer.write(buffers.outputData(), count);
-        report.frames += count;
-        progress.update(report.frames);
+        engine = next;
     }
-    object.unlock();
 }
 
 /// Where the sound goes to standard output, the report must not follow it there.
@@ -141,8 +143,12 @@ void print(const ProcessOptions& options, ProcessReport& report, bool soundOnSta
 
 void runProcess(const ProcessOptions& options) {
     const Settings settings(options);
-    HostedObject object;
     SoundReader reader(options.input);
+    checkEvents(settings.events, reader);
+    PlayedEndpoint endpoint(options.endpoint, options.preset, settings.effect);
+    HostedObject object(settings.effect, settings.moduleFolder);
+    object.initialize(endpoint.id());
+    checkEngines(settings.events, object.engineUse().engineId);
     const SoundFormat in = withMask(reader.format());
     const SoundFormat out = outputFormat(options, settings, in);
     SoundWriter writer(options.output, out, reader.frames());
@@ -157,8 +163,10 @@ void runProcess(const ProcessOptions& options) {
                          .bufferFrames = settings.bufferFrames,
                          .kernels = std::string(object.kernelsName()),
                          .codeLocked = object.isCodeLocked(),
+                         .endpoint = endpoint.id(),
+                         .moduleFolder = settings.moduleFolder.string(),
                          .peaks = options.meters ? std::optional(Peaks{}) : std::nullopt};
-    play(object, reader, writer, progress, report);
+    Playback(object, endpoint, settings.events, report).play(reader, writer, progress);
     writer.finish();
     progress.finish();
     print(options, report, writer.goesToStandardOutput());

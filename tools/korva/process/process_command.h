@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace korva::tool {
 
@@ -13,6 +14,11 @@ struct ProcessOptions {
     std::string effect = "sfx";
     std::string outputLayout;  ///< Empty: the input's own.
     std::string bufferFrames = "480";
+    std::string endpoint;              ///< Its identifier; empty: none, or that of `preset`.
+    std::string preset;                ///< A file; empty: what the endpoint has.
+    std::string moduleFolder;          ///< Empty: the tool's own.
+    std::vector<std::string> changes;  ///< SECONDS=FILE
+    std::vector<std::string> volumes;  ///< SECONDS=SCALAR
     bool meters = false;
     bool json = false;
     bool quiet = false;

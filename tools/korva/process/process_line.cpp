@@ -16,8 +16,43 @@ constexpr const char* example =
     "file.\n"
     "OUT appears when it is complete, and not at all if something fails.\n"
     "\n"
-    "Example, which folds a film's 7.1 sound to stereo and shows the levels of both:\n"
-    "  korva process film.wav stereo.wav --output-layout stereo --meters\n";
+    "Without --endpoint and --preset no module is loaded: the sound is folded to the output's speakers.\n"
+    "\n"
+    "Examples: folding a film's 7.1 sound to stereo, with the levels of both; and playing it through a\n"
+    "preset of the equaliser that changes after two seconds:\n"
+    "  korva process film.wav stereo.wav --output-layout stereo --meters\n"
+    "  korva process stereo.wav louder.wav --effect mfx --preset eq.json --change 2=loud.json \\\n"
+    "      --module-dir build/release/modules\n";
+
+/// What leads to a DSP module, and what changes while it plays.
+void addEndpoint(CLI::App& process, ProcessOptions& options) {
+    auto* const endpoint =
+        process
+            .add_option("--endpoint", options.endpoint,
+                        "Play through the preset of this endpoint ('korva endpoint list' shows them)")
+            ->type_name("ID");
+    process
+        .add_option("--preset", options.preset,
+                    "Play through this preset, on an endpoint that is there as long as it plays")
+        ->type_name("FILE")
+        ->excludes(endpoint);
+    process
+        .add_option("--module-dir", options.moduleFolder,
+                    "Where DSP modules lie; else where the tool itself lies")
+        ->type_name("DIR");
+    process
+        .add_option("--change", options.changes,
+                    "Install another preset at that point of the sound; may be repeated")
+        ->type_name("SECONDS=FILE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    process
+        .add_option("--volume", options.volumes,
+                    "Tell of a master volume, 0 to 1, at that point of the sound; may be repeated")
+        ->type_name("SECONDS=SCALAR")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
 
 CLI::App* declare(CLI::App& line, ProcessOptions& options) {
     CLI::App* const process = line.add_subcommand(
@@ -40,6 +75,7 @@ CLI::App* declare(CLI::App& line, ProcessOptions& options) {
     process->add_option("--buffer", options.bufferFrames, "Frames in one buffer of the engine, 1 to 1000000")
         ->type_name("FRAMES")
         ->capture_default_str();
+    addEndpoint(*process, options);
     process
         ->add_flag("--meters", options.meters,
                    "Run the level meters and show the highest level of each speaker")

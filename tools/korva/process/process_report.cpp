@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <utility>
 
 #include "korva/errors.h"
 #include "korva/json.h"
@@ -35,6 +36,56 @@ std::string buffersText(const ProcessReport& report) {
     const std::uint64_t last = report.frames % report.bufferFrames;
     return fmt::format("{} of {} frames{}", report.timings.count(), report.bufferFrames,
                        last == 0 ? std::string() : fmt::format(", the last one of {}", last));
+}
+
+std::string engineText(const EngineUse& engine) {
+    if (engine.engineId.empty()) {
+        return "none: the endpoint has no preset for this effect";
+    }
+    return engine.engineId + (engine.onHardware ? ", on hardware" : "");
+}
+
+std::string moduleText(const EngineUse& engine, const std::string& folder) {
+    if (engine.module.empty()) {
+        return "none: this engine has none, and the sound passes as it is";
+    }
+    const std::string_view state = engine.isLoaded ? "" : ", which doesn't work: the sound passes as it is";
+    return fmt::format("{} in {}{}", engine.module, asOneLine(folder), state);
+}
+
+std::string timesText(std::uint32_t count) {
+    return count == 1 ? "once" : fmt::format("{} times", count);
+}
+
+std::string changeText(const ReportedChange& change) {
+    if (change.preset.empty()) {
+        return fmt::format("at {:.3f} s: volume {}", change.seconds, change.volume);
+    }
+    return fmt::format("at {:.3f} s: {}, in the module after {:.2f} ms", change.seconds,
+                       asOneLine(change.preset), change.arrivalMs);
+}
+
+Json engineJson(const EngineUse& engine) {
+    if (engine.engineId.empty()) {
+        return nullptr;
+    }
+    return {{"engine", engine.engineId},     {"module", engine.module}, {"loaded", engine.isLoaded},
+            {"hardware", engine.onHardware}, {"built", engine.built},   {"started", engine.started}};
+}
+
+Json changesJson(const std::vector<ReportedChange>& changes) {
+    Json list = Json::array();
+    for (const ReportedChange& change : changes) {
+        Json json = {{"seconds", change.seconds}};
+        if (change.preset.empty()) {
+            json["volume"] = change.volume;
+        } else {
+            json["preset"] = change.preset;
+            json["arrivalMs"] = change.arrivalMs;
+        }
+        list.push_back(std::move(json));
+    }
+    return list;
 }
 
 bool hasPlane(const SoundFormat& format, rt::Plane plane) {
@@ -94,6 +145,18 @@ std::string asText(ProcessReport& report) {
         line("", describe(file->format));
     }
     line("Effect", report.effect);
+    if (!report.endpoint.empty()) {
+        line("Endpoint", asOneLine(report.endpoint));
+        line("Engine", engineText(report.engine));
+    }
+    if (!report.engine.engineId.empty()) {
+        line("Module", moduleText(report.engine, report.moduleFolder));
+        line("", fmt::format("built {}, started {}", timesText(report.engine.built),
+                             timesText(report.engine.started)));
+    }
+    for (const ReportedChange& change : report.changes) {
+        line("Change", changeText(change));
+    }
     line("Sound", fmt::format("{} frames, {:.3f} s", report.frames,
                               static_cast<double>(report.frames) / report.input.format.sampleRate));
     line("Buffers", buffersText(report));
@@ -111,6 +174,10 @@ std::string asJson(ProcessReport& report) {
     Json json = {{"input", fileJson(report.input)},
                  {"output", fileJson(report.output)},
                  {"effect", report.effect},
+                 {"endpoint", report.endpoint.empty() ? Json() : Json(report.endpoint)},
+                 {"engine", engineJson(report.engine)},
+                 {"moduleFolder", report.endpoint.empty() ? Json() : Json(report.moduleFolder)},
+                 {"changes", changesJson(report.changes)},
                  {"frames", report.frames},
                  {"buffers", report.timings.count()},
                  {"bufferFrames", report.bufferFrames},

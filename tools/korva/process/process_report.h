@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "korva/process/hosted_object.h"
 #include "korva/process/layouts.h"
@@ -18,6 +19,14 @@ struct ReportedFile {
     SoundFormat format;  ///< As the object was locked with.
 };
 
+/// A change that was made while the sound played.
+struct ReportedChange {
+    double seconds = 0;    ///< The point of the sound.
+    std::string preset{};  ///< The file; empty for one of the volume.
+    float volume = 0.0f;
+    double arrivalMs = 0;  ///< From the installation to the module.
+};
+
 struct ProcessReport {
     ReportedFile input;
     ReportedFile output;
@@ -26,6 +35,10 @@ struct ProcessReport {
     std::uint32_t bufferFrames = 0;  ///< Of all buffers but the last, which may be shorter.
     std::string kernels;
     bool codeLocked = false;
+    std::string endpoint{};      ///< Empty without one.
+    std::string moduleFolder{};  ///< Where modules were looked for.
+    EngineUse engine{};          ///< If there is an endpoint.
+    std::vector<ReportedChange> changes{};
     Timings timings{};             ///< One for each buffer.
     std::optional<Peaks> peaks{};  ///< If the meters ran.
 
