@@ -26,7 +26,11 @@ class CallLog : public test::EffectTest {
 protected:
     /// What the module was last told of a block: both counts, the frames and what is reserved.
     [[nodiscard]] std::vector<std::uint8_t> lastBlock() const {
-        const auto bytes = callsOf("process", rig.recording.calls()).back().bytes("block").value();
+        const auto calls = callsOf("process", rig.recording.calls());
+        if (calls.empty()) {
+            return {};
+        }
+        const auto bytes = calls.back().bytes("block").value();
         return {bytes.begin() + 8, bytes.end()};
     }
 };
