@@ -13,6 +13,7 @@
 #include "tests/engine/effect_test.h"
 #include "tests/support/byte_list.h"
 #include "tests/support/fake_effects_store.h"
+#include "tests/support/variants.h"
 
 namespace korva::engine {
 namespace {
@@ -174,6 +175,8 @@ TEST_F(PropertyNotice, OfAnythingButTheNumber1MeansThatEffectsAreOn) {
     EXPECT_FALSE(isDisabledAfterOther()) << "nothing there";
     properties->putWord(disableSysFxKey, 2);
     EXPECT_FALSE(isDisabledAfterOther()) << "2";
+    properties->putPlain(disableSysFxKey, test::signedVariant(1));
+    EXPECT_FALSE(isDisabledAfterOther()) << "a signed 1";
     properties->putBlob(disableSysFxKey, bytes(1, 0, 0, 0));
     EXPECT_FALSE(isDisabledAfterOther()) << "a blob";
     properties->putText(disableSysFxKey, "1");
