@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -122,6 +123,118 @@ TEST(Wiring, CutLeavesTheListenersOfOthers) {
 
     EXPECT_EQ(cut->level.value(), 0U);
     EXPECT_EQ(kept->level.value(), 3U);
+}
+
+/// A chain of values in which each counts how often it is computed. `product` follows from all that is before
+/// it, as wired from the nearest on.
+class Chain final : public ObjectClass<Chain, ActiveObject>, public Wiring<Chain> {
+public:
+    Chain() {
+        derive(half, from(source), [this](std::uint32_t whole) {
+            ++halves;
+            return whole / 2;
+        });
+        derive(tenth, from(source, half), [this](std::uint32_t whole, std::uint32_t) {
+            ++tenths;
+            return whole / 10;
+        });
+        derive(product, from(source, half, tenth, factor),
+               [this](std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint32_t d) {
+                   ++products;
+                   inputs.push_back({a, b, c, d});
+                   return a * b * c * d;
+               });
+        halves = tenths = products = 0;
+        inputs.clear();
+    }
+
+    Observable<std::uint32_t> source{*this};
+    Observable<std::uint32_t> factor{*this};
+    Observable<std::uint32_t> half{*this};
+    Observable<std::uint32_t> tenth{*this};
+    Observable<std::uint32_t> product{*this};
+    int halves = 0;
+    int tenths = 0;
+    int products = 0;
+    std::vector<std::vector<std::uint32_t>> inputs;
+};
+
+TEST(WiringOnce, AValueOfSourcesThatFollowFromEachOtherIsComputedOnceAChange) {
+    const auto chain = create<Chain>();
+
+    chain->source.set(40);
+
+    EXPECT_EQ(chain->halves, 1);
+    EXPECT_EQ(chain->tenths, 1);
+    EXPECT_EQ(chain->products, 1);
+    EXPECT_EQ(chain->inputs, (std::vector<std::vector<std::uint32_t>>{{40, 20, 4, 0}}));
+}
+
+TEST(WiringOnce, AValueWhoseSourcesStayIsNotComputed) {
+    const auto chain = create<Chain>();
+    chain->source.set(40);
+
+    chain->factor.set(2);
+
+    EXPECT_EQ(chain->halves, 1);
+    EXPECT_EQ(chain->tenths, 1);
+    EXPECT_EQ(chain->products, 2);
+    EXPECT_EQ(chain->product.value(), 6400U);
+}
+
+TEST(WiringOnce, ASourceThatComesOutEqualLeavesTheOthersToTell) {
+    const auto chain = create<Chain>();
+    chain->source.set(40);
+    chain->inputs.clear();
+
+    chain->source.set(41);
+
+    EXPECT_EQ(chain->inputs, (std::vector<std::vector<std::uint32_t>>{{41, 20, 4, 0}}));
+}
+
+TEST(WiringOnce, AValueThatCameBackIsComputedAgain) {
+    const auto chain = create<Chain>();
+
+    chain->source.set(40);
+    chain->source.set(0);
+    chain->source.set(40);
+
+    EXPECT_EQ(chain->products, 3);
+    EXPECT_EQ(chain->half.value(), 20U);
+}
+
+TEST(WiringOnce, WhatASourceWasSetToByOthersCounts) {
+    const auto chain = create<Chain>();
+    chain->source.set(40);
+    chain->inputs.clear();
+
+    chain->half.set(7);
+
+    EXPECT_EQ(chain->inputs, (std::vector<std::vector<std::uint32_t>>{{40, 7, 4, 0}}));
+}
+
+TEST(WiringOnce, ASourceThatIsNeverEqualIsComputedEachTime) {
+    class Level final : public ObjectClass<Level, ActiveObject>, public Wiring<Level> {
+    public:
+        Level() {
+            derive(isLoud, from(level, other), [this](float now, std::uint32_t) {
+                ++computed;
+                return now > 1.0f;
+            });
+        }
+        Observable<float> level{*this};
+        Observable<std::uint32_t> other{*this};
+        Observable<bool> isLoud{*this};
+        int computed = 0;
+    };
+    const auto value = create<Level>();
+    value->level.set(std::numeric_limits<float>::quiet_NaN());
+    value->computed = 0;
+
+    value->other.set(1);
+    value->level.set(std::numeric_limits<float>::quiet_NaN());
+
+    EXPECT_EQ(value->computed, 2);
 }
 
 }  // namespace
