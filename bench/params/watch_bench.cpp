@@ -8,15 +8,13 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <future>
 #include <memory>
 #include <string>
 
-#include "bench/params/partner.h"
-#include "bench/support/median.h"
+#include "bench/support/partner.h"
+#include "bench/support/partner_calls.h"
 #include "bench/support/processors.h"
-#include "bench/support/thread_state.h"
 #include "tests/params/watcher_host.h"
 #include "tests/support/own_registry.h"
 
@@ -27,42 +25,26 @@ using bench::Order;
 using bench::Partner;
 using bench::Place;
 
-constexpr std::size_t callsOfIteration = 101;
 constexpr std::int64_t pauseMs = 1;
 
-/// On a thread made for it, which is bound first. What the main thread may use stands for the whole process.
-void onThreadOf(const std::function<void(pid_t)>& bind, const std::function<void()>& action) {
-    std::async(std::launch::async, [&] {
-        bind(gettid());
-        action();
-    }).get();
-}
-
-/// An iteration's time is the median of 101 calls to targets that sleep.
+/// An iteration's time is the median of calls to targets that sleep.
 void measure(benchmark::State& state, const Partner& partner, Order order, std::int64_t leftOutNs) {
-    onThreadOf(bench::bindCaller, [&] {
-        bench::bindCaller(partner.process());
-        const bench::OtherThreads targets;
-        for (auto _ : state) {
-            state.SetIterationTime(1e-9 * bench::medianOf(callsOfIteration, [&] {
-                                       targets.waitUntilAsleep();
-                                       return static_cast<double>(partner.timeOf(order) - leftOutNs);
-                                   }));
-        }
-    });
+    for (auto _ : state) {
+        state.SetIterationTime(1e-9 * (bench::medianTimeNs(partner, order) - static_cast<double>(leftOutNs)));
+    }
 }
 
 // All threads of the watch are begun by one that is bound, and so are they.
 void watch(benchmark::State& state, Place place) {
     const test::OwnRegistry registry;
-    const Partner partner(registry.key());
+    const Partner partner({.keyPath = registry.key()});
     std::unique_ptr<test::WatcherHost> host;
-    onThreadOf([place](pid_t thread) { bench::bindTarget(thread, place); },
-               [&] {
-                   host = std::make_unique<test::WatcherHost>(
-                       registry.key(), pauseMs,
-                       [&](const platform::RegistryKey&) { bench::answer(partner.page()); });
-               });
+    bench::onThreadOf([place](pid_t thread) { bench::bindTarget(thread, place); },
+                      [&] {
+                          host = std::make_unique<test::WatcherHost>(
+                              registry.key(), pauseMs,
+                              [&](const platform::RegistryKey&) { bench::answer(partner.page()); });
+                      });
     measure(state, partner, Order::setValue, pauseMs * 1'000'000);
 }
 
@@ -75,7 +57,7 @@ void answerWakes(const bench::SharedFile& page, const std::atomic<bool>& ends) {
 
 void wakeByFutex(benchmark::State& state, Place place) {
     const test::OwnRegistry registry;
-    const Partner partner(registry.key());
+    const Partner partner({.keyPath = registry.key()});
     std::atomic<bool> ends{false};
     const auto sleeper = std::async(std::launch::async, [&] {
         bench::bindTarget(gettid(), place);

@@ -1,4 +1,4 @@
-#include "bench/params/shared_page.h"
+#include "bench/support/shared_page.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -1,20 +1,28 @@
-#include "bench/params/partner.h"
+#include "bench/support/partner.h"
 
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <stdexcept>
+#include <vector>
 
 namespace korva::bench {
 
-Partner::Partner(const std::string& keyPath) : shared(folder.file("page")) {
-    std::string program = KORVA_BENCH_PARTNER;
-    std::string page = folder.file("page");
-    std::string key = keyPath;
-    const std::array arguments{program.data(), page.data(), key.data(), static_cast<char*>(nullptr)};
-    if (posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments.data(), environ) != 0) {
+Partner::Partner(const CountingValue& value) : shared(folder.file("page")) {
+    std::vector<std::string> texts{KORVA_BENCH_PARTNER,
+                                   folder.file("page"),
+                                   value.keyPath,
+                                   value.name,
+                                   std::to_string(value.type),
+                                   std::to_string(value.bytes),
+                                   std::to_string(value.countAt)};
+    std::vector<char*> arguments;
+    for (std::string& text : texts) {
+        arguments.push_back(text.data());
+    }
+    arguments.push_back(nullptr);
+    if (posix_spawn(&child, arguments[0], nullptr, nullptr, arguments.data(), environ) != 0) {
         throw std::runtime_error("no partner process");
     }
 }

@@ -1,4 +1,4 @@
-#include "bench/params/futex_word.h"
+#include "bench/support/futex_word.h"
 
 #include <linux/futex.h>
 #include <sys/syscall.h>

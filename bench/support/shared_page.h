@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "bench/params/futex_word.h"
+#include "bench/support/futex_word.h"
 
 namespace korva::bench {
 

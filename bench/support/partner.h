@@ -3,18 +3,31 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
-#include "bench/params/shared_page.h"
+#include "bench/support/shared_page.h"
 #include "bench/support/temporary_folder.h"
+#include "platform/registry.h"
 
 namespace korva::bench {
+
+/// A value of the registry that is another one each time it is set: four bytes of it count up, the others are
+/// zero.
+struct CountingValue {
+    std::string keyPath;  ///< Below HKEY_LOCAL_MACHINE.
+    std::string name = "level";
+    std::uint32_t type = platform::registry_type::dword;
+    std::size_t bytes = 4;
+    std::size_t countAt = 0;  ///< Where the four bytes are.
+};
 
 /// Ends its process with itself. Members raise std::runtime_error.
 class Partner {
 public:
-    /// `keyPath` is that of the key below HKEY_LOCAL_MACHINE whose values the process sets.
-    explicit Partner(const std::string& keyPath);
+    /// `value` is the one that the process sets.
+    explicit Partner(const CountingValue& value);
     ~Partner();
     Partner(const Partner&) = delete;
     Partner& operator=(const Partner&) = delete;
