@@ -220,8 +220,10 @@ private:
     mutable WaitableCounter state{starting};
     RingQueue<PostedCall> syncQueue;
     TaskQueue taskQueue;
-    AdaptiveSpin callerSpin;                 // of those who wait for their calls
-    AdaptiveSpin ownSpin;                    // of the dispatcher's thread
+    AdaptiveSpin callerSpin;  // of those who wait for their calls
+    // Of the dispatcher's thread. One that begins sleeps first: who has begun it may be about to begin
+    // others, and goes on sooner where it has to share its processor with this thread.
+    AdaptiveSpin ownSpin{1};
     std::atomic<std::uint32_t> threadId{0};  // 0 until the thread has begun
     const RootType root;
     const bool hosted;

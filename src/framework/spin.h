@@ -13,6 +13,10 @@ namespace korva::framework {
 /// once. Threads may share one: what they learn is a hint.  [any]
 class AdaptiveSpin {
 public:
+    constexpr AdaptiveSpin() noexcept = default;
+    /// Leaves so many spins out first, where nothing soon is to be expected.
+    constexpr explicit AdaptiveSpin(std::uint8_t leftOutFirst) noexcept : leftOut(leftOutFirst) {}
+
     /// True as soon as `ready()` is; false if it is time to sleep.
     template <class Ready>
     bool until(const Ready& ready) noexcept {

@@ -64,6 +64,15 @@ TEST_F(Spin, LeavesOutMoreAndMoreAfterSpinsInVain) {
     }
 }
 
+TEST_F(Spin, LeavesOutAsManyFirstAsItIsToldTo) {
+    AdaptiveSpin late(2);
+    EXPECT_EQ(looksInVain(late), 1);
+    EXPECT_EQ(looksInVain(late), 1);
+    if (hasCompany) {
+        EXPECT_GT(looksInVain(late), 1);
+    }
+}
+
 TEST_F(Spin, BeginsAnewAfterOneThatWasOfUse) {
     if (!hasCompany) {
         GTEST_SKIP() << "one processor never spins";
