@@ -1,4 +1,5 @@
-// A module that does nothing, so that what is measured is its host.
+// A module that does nothing, so that what is measured is its host. What it does with parameters is in a
+// source of its own.
 #include <stddef.h>
 
 #include "korva/dsp_module.h"
@@ -65,12 +66,6 @@ void ZRDSPAPI_Uninitialize(DspInstance* instance) {
 
 void ZRDSPAPI_SetInputGain(DspInstance* instance, float gain) {
     (void)instance, (void)gain;
-}
-
-uint32_t ZRDSPAPI_SetParameter(DspInstance* instance, int32_t bank, int32_t id, int32_t index,
-                               const void* data, uint32_t size) {
-    (void)instance, (void)bank, (void)id, (void)index, (void)data, (void)size;
-    return 0;
 }
 
 uint32_t ZRDSPAPI_SetGetData(DspInstance* instance, int32_t bank, int32_t id, const void* in, uint32_t inSize,
