@@ -16,10 +16,16 @@ namespace {
 
 void ignoreChange(const EffectsStore&, const EffectsStore&) {}
 
+// Another store or effect begins with a set of its own: what it doesn't set is at its default, and not as the
+// last one left it.
+std::shared_ptr<const params::ParameterSet> parametersFor(const PropertyStore&, const GUID&,
+                                                          const GUID& engineId) {
+    return parametersOf(engineId);
+}
+
 }  // namespace
 
-// One line for each value, in the order in which they come to be. Parameters are made anew with their source
-// even for the same engine: what one preset doesn't say must not come from the one before.
+// One line for each value, in the order in which they come to be.
 void EffectCore::deriveEndpointChain() {
     derive(outEndpointId, from(endpointIdStrW, isAlive), endpointIdOf);
     derive(endpointGuidText, from(outEndpointId), guidTextIn);
@@ -39,8 +45,7 @@ void EffectCore::deriveEndpointChain() {
     derive(presetVersion, from(userStore, fxId), presetVersionIn);
     derive(modeFlags, from(userStore, fxId), modeFlagsIn);
     derive(engineId, from(userStore, fxId), engineIdIn);
-    derive(parameterSet, from(userStore, fxId, engineId),
-           [](const auto&, const auto&, const GUID& engine) { return parametersOf(engine); });
+    derive(parameterSet, from(userStore, fxId, engineId), parametersFor);
     derive(chunkReaders, from(userStore, fxId, parameterSet), readersOf);
     derive(hasClientList, from(clientList), hasEntries);
 }
