@@ -11,6 +11,15 @@ korva_module(korva_recorder_module
         recorder/${KORVA_PLATFORM}/system.cpp)
 target_include_directories(korva_recorder_module PRIVATE ${PROJECT_SOURCE_DIR})
 
+# Tells the test in which it runs of each call.
+korva_module(korva_reporting_module
+    NAME reporting
+    FOLDER ${KORVA_TEST_MODULES}
+    SOURCES
+        recorder/${KORVA_PLATFORM}/system.cpp
+        reporting/reporting.cpp)
+target_include_directories(korva_reporting_module PRIVATE ${PROJECT_SOURCE_DIR})
+
 # Each lacks the export in its name; the last but one lacks nothing, and the last makes no instance.
 foreach(lacks IN ITEMS
         Create Free IsInputFormatSupported IsOutputFormatSupported IsCaptureFormatSupported Initialize
@@ -39,4 +48,4 @@ foreach(module IN LISTS lacking_modules ITEMS korva_creating_null)
     target_include_directories(${module} PRIVATE ${PROJECT_SOURCE_DIR})
 endforeach()
 add_custom_target(korva_host_modules
-    DEPENDS korva_recorder_module ${lacking_modules} korva_creating_null korva_leaning_module)
+    DEPENDS korva_recorder_module korva_reporting_module ${lacking_modules} korva_creating_null korva_leaning_module)
