@@ -7,6 +7,7 @@
 
 #include "platform/com_apartment.h"
 #include "platform/published/results.h"
+#include "platform/unicode.h"
 #include "tests/support/own_registry.h"
 #include "tests/support/seeded_endpoint.h"
 

@@ -10,8 +10,6 @@
 namespace korva::platform::devices {
 namespace {
 
-constexpr auto nothingChanged = static_cast<HRESULT>(1);  // S_FALSE
-
 constexpr float lowestLevelDb = -96.0F;
 constexpr float highestLevelDb = 0.0F;
 constexpr float levelStepDb = 1.0F;
@@ -115,7 +113,7 @@ HRESULT EndpointVolume::SetMute(BOOL muted, LPCGUID eventContext) {
             return result;
         }
         if (loudness.isMuted == (muted != 0)) {
-            return nothingChanged;
+            return published::okButNo;
         }
         loudness.isMuted = !loudness.isMuted;
         listeners->announce(loudness, eventContext);
