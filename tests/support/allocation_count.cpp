@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "tests/support/usable_size.h"
+
 // All forms of the operators: some sanitizers bring their own for those that are left out, which end
 // elsewhere.
 
@@ -13,6 +15,7 @@ namespace {
 
 constinit std::atomic<std::uint64_t> made{0};
 constinit std::atomic<std::uint64_t> givenBack{0};
+constinit std::atomic<std::uint64_t> bytes{0};
 
 // What the thread may still allocate.
 constexpr std::uint64_t noLimit = ~std::uint64_t{0};
@@ -32,12 +35,14 @@ void* counted(void* memory) {
         throw std::bad_alloc();
     }
     made.fetch_add(1, std::memory_order_relaxed);
+    bytes.fetch_add(usableSize(memory), std::memory_order_relaxed);
     return memory;
 }
 
 void giveBack(void* memory) noexcept {
     if (memory != nullptr) {
         givenBack.fetch_add(1, std::memory_order_relaxed);
+        bytes.fetch_sub(usableSize(memory), std::memory_order_relaxed);
         std::free(memory);
     }
 }
@@ -67,6 +72,10 @@ std::uint64_t allocationsMade() noexcept {
 std::uint64_t allocationsInUse() noexcept {
     const std::uint64_t gone = givenBack.load(std::memory_order_relaxed);
     return made.load(std::memory_order_relaxed) - gone;
+}
+
+std::uint64_t bytesInUse() noexcept {
+    return bytes.load(std::memory_order_relaxed);
 }
 
 AllocationLimit::AllocationLimit(std::uint64_t allowed) noexcept {

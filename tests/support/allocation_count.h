@@ -12,6 +12,9 @@ namespace korva::test {
 /// Those that were not given back yet.  [any]
 [[nodiscard]] std::uint64_t allocationsInUse() noexcept;
 
+/// Their bytes, as the system's allocator rounded them up.
+[[nodiscard]] std::uint64_t bytesInUse() noexcept;
+
 /// How many allocations `operation` makes, together with what other threads do meanwhile.
 template <class Operation>
 [[nodiscard]] std::uint64_t allocationsOf(const Operation& operation) {

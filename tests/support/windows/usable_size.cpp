@@ -1,0 +1,11 @@
+#include "tests/support/usable_size.h"
+
+#include <malloc.h>
+
+namespace korva::test {
+
+std::size_t usableSize(void* memory) noexcept {
+    return _msize(memory);
+}
+
+}  // namespace korva::test
