@@ -3,12 +3,11 @@
 //
 // The time begins with the commit; both wait for the same pause, which is in it.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
+#include <sys/types.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
-#include <stdexcept>
-#include <string>
 
 #include "bench/engine/core_rig.h"
 #include "bench/engine/kept_parameters.h"
@@ -31,34 +30,30 @@ using bench::Partner;
 constexpr std::int64_t pauseMs = 1;
 constexpr std::uint32_t chunkHead = 4;
 
-/// The blob of a chunk whose first parameter counts up: it has four bytes, and a preset's bytes count for it.
-bench::CountingValue changedBlob(const bench::CoreGround& ground) {
-    const params::ChunkPlan plan = params::planChunks(*params::FindLayout(test::thirdEngine)).value();
-    std::uint32_t countAt = chunkHead;
-    std::uint32_t chunk = 0;
-    std::uint32_t found = plan.chunkCount;
-    std::uint32_t foundAt = 0;
+std::uint32_t blobSize(const params::ChunkPlan& plan, std::uint32_t chunk) {
     std::uint32_t bytes = chunkHead;
     for (const params::PlannedParameter& planned : plan.parameters) {
-        if (planned.chunk != chunk) {
-            if (found == chunk) {
-                break;
-            }
-            chunk = planned.chunk;
-            countAt = bytes = chunkHead;
-        }
-        if (found == plan.chunkCount && planned.size == 4 && planned.descriptor->sourcePolicy != 1) {
-            found = chunk;
-            foundAt = countAt;
-        }
-        countAt += planned.size;
-        bytes += planned.size;
+        bytes += planned.chunk == chunk ? planned.size : 0;
+    }
+    return bytes;
+}
+
+/// The first parameter of four bytes that a preset's bytes count for is the one that counts up.
+bench::CountingValue changedBlob(const bench::CoreGround& ground) {
+    const params::ChunkPlan plan = params::planChunks(*params::FindLayout(test::thirdEngine)).value();
+    const auto changed = std::find_if(
+        plan.parameters.begin(), plan.parameters.end(),
+        [](const auto& planned) { return planned.size == 4 && planned.descriptor->sourcePolicy != 1; });
+    std::uint32_t countAt = chunkHead;
+    for (auto before = plan.parameters.begin(); before != changed; ++before) {
+        countAt += before->chunk == changed->chunk ? before->size : 0;
     }
     return {.keyPath = ground.userSetPath(),
-            .name = platform::KeyToText({bench::benchEffect, params::effect_property::firstChunk + found}),
+            .name = platform::KeyToText(
+                {bench::benchEffect, params::effect_property::firstChunk + changed->chunk}),
             .type = platform::registry_type::binary,
-            .bytes = bytes,
-            .countAt = foundAt};
+            .bytes = blobSize(plan, changed->chunk),
+            .countAt = countAt};
 }
 
 /// All threads of what listens are begun by one that is bound to the second processor, and so are they.
