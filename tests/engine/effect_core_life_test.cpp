@@ -10,6 +10,7 @@
 #include <span>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "params/effect_keys.h"
@@ -312,7 +313,7 @@ TEST(EffectCoreClose, ByTheLastReferenceAloneIsWhole) {
         destroyed = core->destroyedCounter();
         core->endpointIdStrW.set(platform::toWide(rig.endpoint.id()));
         EXPECT_TRUE(core->dspEngine.value());
-        std::thread([&] { core = nullptr; }).detach();
+        std::thread([last = std::move(core)]() mutable { last = nullptr; }).detach();
     });
     EXPECT_TRUE(test::waitUntil([&] { return destroyed->get() == 1; }));
     EXPECT_EQ(rig.newLifeCalls(),
