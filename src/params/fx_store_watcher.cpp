@@ -1,5 +1,6 @@
 #include "params/fx_store_watcher.h"
 
+#include <system_error>
 #include <utility>
 
 #include "framework/describe_members.h"
@@ -21,14 +22,23 @@ FxStoreWatcher::FxStoreWatcher(const std::string& path, std::int64_t delayMs) {
         const Ref<FxStoreWatcher> watcher = self.lock();
         return watcher && watcher->publish(key);
     };
-    auto watch = std::make_shared<KeyWatch>(path, delayMs, stop, std::move(publishing));
-    RegistryKey first;
-    if (!path.empty() && RegistryKey::root(platform::RegistryRoot::localMachine)
-                                 .open(path, platform::RegistryAccess::read, first) == 0) {
-        published.set(first);
+    const auto watch = std::make_shared<KeyWatch>(path, delayMs, stop, std::move(publishing));
+    published.set(watch->lastKey());
+    starting = postTask([self = WeakRef<FxStoreWatcher>(*this), watch] {
+        if (const Ref<FxStoreWatcher> watcher = self.lock()) {
+            watcher->start(watch);
+        }
+    });
+}
+
+// A thread takes longer to begin than all else here, and what changes until then isn't lost.
+void FxStoreWatcher::start(const std::shared_ptr<KeyWatch>& watch) {
+    try {
+        thread = Dispatcher::start(framework::RootType::of<FxStoreWatcher>());
+    } catch (const std::system_error&) {
+        return;
     }
-    thread = Dispatcher::start(framework::RootType::of<FxStoreWatcher>());
-    thread->postAndForget([watch = std::move(watch)] { watch->run(); });
+    thread->postAndForget([watch] { watch->run(); });
 }
 
 void FxStoreWatcher::describeMembers(framework::ClassInfo& info) {
@@ -51,6 +61,7 @@ void FxStoreWatcher::publishHere(const RegistryKey& key) {
 }
 
 void FxStoreWatcher::onClose() {
+    starting = {};
     stop->signal();
     DispatcherUse ending = std::move(thread);
     if (isPublishing && ending) {

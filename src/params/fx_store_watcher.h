@@ -11,6 +11,8 @@
 
 namespace korva::params {
 
+class KeyWatch;
+
 /// Watches one key of the registry with all below it, on a thread of its own, and publishes an open handle of
 /// the key whenever it changed and then stayed quiet. Each handle differs from the one before, so `published`
 /// tells its listeners of every change; the key behind it is the same.
@@ -24,8 +26,9 @@ class FxStoreWatcher final : public framework::ObjectClass<FxStoreWatcher, frame
 public:
     /// `path` is below HKEY_LOCAL_MACHINE; nothing is ever published of an empty one, which is no key's. A
     /// change is told of when none has followed for `delayMs` milliseconds. Changes count from here on; the
-    /// key itself is published at once if there is one. Raises `std::system_error` where the system has no
-    /// thread or event left.
+    /// key itself is published at once if there is one. The thread begins with the owner's next task;
+    /// without one left in the system, nothing more is told of. Raises `std::system_error` where the system
+    /// has no event left.
     FxStoreWatcher(const std::string& path, std::int64_t delayMs);
 
     static void describeMembers(framework::ClassInfo& info);
@@ -36,11 +39,13 @@ public:
 private:
     void onClose() override;
 
+    void start(const std::shared_ptr<KeyWatch>& watch);
     bool publish(const platform::RegistryKey& key);
     void publishHere(const platform::RegistryKey& key);
 
     const std::shared_ptr<platform::Event> stop = std::make_shared<platform::Event>();  // the thread's, too
     bool isPublishing = false;
+    framework::TaskHandle starting;
     framework::DispatcherUse thread;
 };
 

@@ -29,6 +29,9 @@ public:
     KeyWatch(std::string path, std::int64_t pauseMs, std::shared_ptr<const platform::Event> stop,
              Publish publish);
 
+    /// The key that is given on after the next one; none as long as there is none.
+    [[nodiscard]] const platform::RegistryKey& lastKey() const noexcept { return keys[slot ^ 1U]; }
+
     /// Watches until `stop` is signalled, or nobody is left.  [blocks]
     void run();
 

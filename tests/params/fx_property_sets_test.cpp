@@ -255,7 +255,7 @@ TEST_F(FxPropertySetsTest, WithoutAHandlerThereIsNoThread) {
 TEST_F(FxPropertySetsTest, WithAHandlerEachSetHasAThreadUntilTheyClose) {
     const std::uint32_t before = framework::liveThreadCount().get();
     makeReportingSets();
-    EXPECT_EQ(framework::liveThreadCount().get(), before + 3);
+    EXPECT_TRUE(waitUntil([&] { return framework::liveThreadCount().get() == before + 3; }));
     close();
     EXPECT_EQ(framework::liveThreadCount().get(), before);
 }

@@ -65,6 +65,30 @@ TEST_F(FxStoreWatcherTest, AChangeIsPublishedWithAKeyThatShowsIt) {
     host.onOwner([&] { EXPECT_EQ(seen, 5U); });
 }
 
+TEST_F(FxStoreWatcherTest, AChangeBeforeItsThreadBeginsIsPublished) {
+    const RegistryKey key = endpoint.makeSet(property_set::user);
+    const framework::DispatcherUse owner = framework::Dispatcher::start();
+    framework::Held<FxStoreWatcher> watcher;
+    RegistryKey first;
+    // No task of the owner's runs meanwhile.
+    owner->runSynchronously([&] {
+        watcher =
+            framework::Held<FxStoreWatcher>::first(framework::create<FxStoreWatcher>(path, usualDelayMs));
+        first = watcher->published.value();
+        EXPECT_TRUE(setNumber(key, "a", 5));
+    });
+    EXPECT_TRUE(waitUntil([&] { return !(watcher->published.read() == first); }));
+    owner->runSynchronously([&] { watcher = nullptr; });
+}
+
+TEST_F(FxStoreWatcherTest, ClosedBeforeItsThreadBeginsItHasNone) {
+    const framework::DispatcherUse owner = framework::Dispatcher::start();
+    const std::uint32_t before = framework::liveThreadCount().get();
+    owner->runSynchronously([&] { framework::create<FxStoreWatcher>(path, usualDelayMs)->close(); });
+    owner->post([] {}).waitUntilDone();
+    EXPECT_EQ(framework::liveThreadCount().get(), before);
+}
+
 TEST_F(FxStoreWatcherTest, AChangeBelowTheKeyIsPublished) {
     const RegistryKey key = endpoint.makeSet(property_set::user);
     RegistryKey below;
