@@ -111,7 +111,7 @@ void EffectCore::onClose() {
     fallbackStore = nullptr;
     ActiveObject::onClose();
     // A change among whose listeners this is goes through first, and sets what has just been cleared.
-    if (dspEngine.value() || !outEndpointId.isDefault()) {
+    if (dspEngine.pending() || !outEndpointId.pending().empty()) {
         postAndForget([self = framework::WeakRef<EffectCore>(*this)] {
             if (const framework::Ref<EffectCore> core = self.lock()) {
                 core->clearChain();

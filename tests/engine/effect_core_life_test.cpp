@@ -440,6 +440,53 @@ TEST(EffectCoreCloseInAChange, OfTheEngine) {
     closeAmongAllListenersOf(&EffectCore::dspEngine);
 }
 
+/// Closes in the middle of the change to the first endpoint.
+template <class T>
+void closeAmongFirstListenersOf(framework::Observable<T> EffectCore::*value, bool isBefore) {
+    EffectRig rig;
+    rig.install({});
+    const platform::RegistryKey watched = rig.endpoint.makeSet(params::property_set::user);
+    platform::RegistryWatch watch;  // holds the thread that the registry may have
+    ASSERT_EQ(watch.arm(watched), 0);
+    const std::size_t threads = test::threadCountAtRest();
+    std::optional<Closer<T>> closer;
+    rig.on([&] { closer.emplace(rig.core(), rig.core().*value, isBefore); });
+    rig.begin();
+    ASSERT_TRUE(closer->hasClosed);
+    rig.settle();
+    EXPECT_EQ(rig.core().outEndpointId.read(), "") << "the chain clears";
+    EXPECT_FALSE(rig.core().userStore.read());
+    EXPECT_FALSE(rig.core().dspEngine.read());
+    EXPECT_TRUE(test::waitUntil([&] { return test::threadCount() == threads; })) << test::threadCount();
+}
+
+TEST(EffectCoreCloseInAChange, OfTheFirstIdentifier) {
+    for (const bool isBefore : {true, false}) {
+        closeAmongFirstListenersOf(&EffectCore::outEndpointId, isBefore);
+        closeAmongFirstListenersOf(&EffectCore::device, isBefore);
+        closeAmongFirstListenersOf(&EffectCore::effectsStore, isBefore);
+        closeAmongFirstListenersOf(&EffectCore::presetVersion, isBefore);
+        closeAmongFirstListenersOf(&EffectCore::dspEngine, isBefore);
+    }
+}
+
+TEST(EffectCoreCloseInAChange, OfTheFirstEngine) {
+    for (const bool isBefore : {true, false}) {
+        EffectRig rig;
+        rig.install({});
+        rig.core().engineAllowed.set(false);
+        rig.begin();
+        std::optional<Closer<Held<DspEngine>>> closer;
+        rig.on([&] { closer.emplace(rig.core(), rig.core().dspEngine, isBefore); });
+        rig.core().engineAllowed.set(true);
+        ASSERT_TRUE(closer->hasClosed);
+        rig.settle();
+        EXPECT_FALSE(rig.core().dspEngine.read());
+        EXPECT_EQ(rig.newLifeCalls(),
+                  (Lines{"Load TANMER64", "Create TANMER64 1", "Free TANMER64 1", "Unload TANMER64"}));
+    }
+}
+
 // While others work.
 
 TEST(EffectCoreClose, DoesNotWaitForThoseWhoWriteAllTheTime) {
