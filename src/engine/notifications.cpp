@@ -1,21 +1,19 @@
 // What the system tells of an endpoint.
 #include <cassert>
-#include <string>
-#include <utility>
+#include <optional>
 
 #include "engine/effect_core.h"
 #include "engine/volume_level.h"
 #include "params/effect_keys.h"
 #include "params/effects_store_provider.h"
-#include "params/property_reader.h"
 #include "platform/ordinal_case.h"
 #include "platform/property_key.h"
 #include "platform/property_value.h"
 #include "platform/published/results.h"
+#include "platform/unicode.h"
 
 namespace korva::engine {
 
-using framework::Held;
 using framework::Ref;
 using platform::PropertyValue;
 
@@ -34,6 +32,16 @@ platform::WideString identifierOf(IMMDevice* endpoint) {
     platform::WideString identifier = text;
     CoTaskMemFree(text);
     return identifier;
+}
+
+/// What is stored as a text; nothing of anything else, nor where a store has no such value.
+std::optional<platform::WideString> textAt(IPropertyStore& store, REFPROPERTYKEY key) {
+    PropertyValue value;
+    if (published::failed(store.GetValue(key, value.out())) || value->vt != VT_LPWSTR ||
+        value->pwszVal == nullptr) {
+        return std::nullopt;
+    }
+    return platform::WideString(value->pwszVal);
 }
 
 bool isOne(IPropertyStore* store, REFPROPERTYKEY key) {
@@ -109,12 +117,11 @@ void EffectCore::onEffectsProperty(REFPROPERTYKEY key) {
 }
 
 void EffectCore::followFxId() {
-    std::string text;
-    if (params::ReadText(userStore.value().get(), fxIdKey, text) != 0 ||
-        platform::toWide(text) == fxIdTextW.value()) {
+    const std::optional<platform::WideString> text = textAt(*userStore.value(), fxIdKey);
+    if (!text || *text == fxIdTextW.value()) {
         return;
     }
-    const GUID incoming = platform::GuidFromText(text);
+    const GUID incoming = platform::GuidFromText(platform::toUtf8(*text));
     if (!(incoming == fxId.value())) {
         fxId.set(incoming);
     }

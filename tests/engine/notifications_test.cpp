@@ -9,6 +9,7 @@
 #include "engine/volume_level.h"
 #include "params/effect_keys.h"
 #include "params/effects_store_provider.h"
+#include "platform/last_error.h"
 #include "platform/property_key.h"
 #include "tests/engine/effect_test.h"
 #include "tests/support/byte_list.h"
@@ -351,6 +352,16 @@ TEST_F(EffectsProperty, KeepsAnIdentityThatIsNoText) {
     change(rig.fxIdKey());
     user().remove(rig.fxIdKey());
     change(rig.fxIdKey());
+    EXPECT_TRUE(fxId() == test::effectGuid(1));
+    EXPECT_EQ(newCalls(), Lines{});
+}
+
+TEST_F(EffectsProperty, KeepsAnIdentityThatIsGoneWithoutAnError) {
+    user().remove(rig.fxIdKey());
+    rig.on([&] {
+        platform::setLastError(0);
+        rig.core().onEffectsProperty(rig.fxIdKey());
+    });
     EXPECT_TRUE(fxId() == test::effectGuid(1));
     EXPECT_EQ(newCalls(), Lines{});
 }
