@@ -85,7 +85,8 @@ public:
     static void describeMembers(framework::ClassInfo& info);
 
     /// Begins a stream with the formats of the first connections, and starts the engine unless it runs at
-    /// that rate already. Does nothing while a stream is locked. S_OK.
+    /// that rate already. While a stream is locked, its next buffer is taken for its first one again, and
+    /// nothing else comes of it. S_OK.
     HRESULT lockForProcess(std::span<published::APO_CONNECTION_DESCRIPTOR* const> inputs,
                            std::span<published::APO_CONNECTION_DESCRIPTOR* const> outputs);
     /// Ends the stream. The engine goes on, ready for the next one.

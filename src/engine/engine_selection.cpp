@@ -1,5 +1,4 @@
 // Which engine is built, and when.
-#include <cassert>
 #include <utility>
 
 #include "engine/effect_core.h"
