@@ -204,9 +204,8 @@ private:
     void engineStart();
     void engineStop();
     void engineWake();
-    void giveToAudioThread(framework::Held<DspEngine> engine);
-    void readModuleVersion();
-    void countParameterBytesAnew();
+    void readModuleVersion(DspEngine& engine);
+    void countParameterBytesAnew(DspEngine& engine);
     void sendSysFxDisabled(bool isDisabled);
     void readMasterVolume(const framework::Ref<IAudioEndpointVolume>& volume);
     void sendMasterVolume(float levelDb);
@@ -241,7 +240,7 @@ private:
     framework::Held<params::FxPropertySets> fallbackStore;  ///< The own provider that `effectsStore` is.
     framework::Held<params::FxPropertySets> incomingFallbackStore;  ///< While `effectsStore` changes.
 
-    framework::Held<DspEngine> rtEngine;              ///< What the real-time section has; from start to stop.
+    framework::Held<DspEngine> rtEngine;              ///< For the real-time section; from start to stop.
     std::shared_ptr<const ChunkReaders> sentReaders;  ///< Those whose parameters are sent.
     EngineControls controls;
 
@@ -251,9 +250,8 @@ private:
     framework::TaskHandle fallbackStoreTask;
 
     framework::NestedWatch clientListReading;
-    framework::NestedWatch selecting;  ///< Holds an engine built.
-    framework::NestedWatch waking;     ///< These hold it started, and it told of what changes.
-    framework::NestedWatch starting;
+    framework::NestedWatch selecting;  ///< Holds an engine built, and started while there is a rate.
+    framework::NestedWatch waking;     ///< These tell it of what changes.
     framework::NestedWatch sendingSysFxDisabled;
     framework::NestedWatch sendingMasterVolume;
 

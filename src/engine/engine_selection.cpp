@@ -18,7 +18,9 @@ void EffectCore::watchForEngine() {
                     .then(engineAllowed)
                     .whileSet()
                     .then(modeFlags)
-                    .onEveryValue(&EffectCore::engineBuild, &EffectCore::engineTeardown);
+                    .onEveryValue(&EffectCore::engineBuild, &EffectCore::engineTeardown)
+                    .then(sampleRate)
+                    .whileSet(&EffectCore::engineStart, &EffectCore::engineStop);
 }
 
 // The engine that was there goes as the value changes: a new module is up before the old one is unloaded.
@@ -27,15 +29,13 @@ void EffectCore::engineBuild(std::uint32_t flags) {
     Held<DspEngine> engine = (flags & modeHardware) != 0 ? engineOnHardware(flags) : nullptr;
     dspEngine.set(engine ? std::move(engine) : engineOfMode(0));
     if (closedCounter()->get() != 0) {
-        return;  // by a listener of the engine: nothing would end these
+        return;  // by a listener of the engine: nothing would end this
     }
     waking = watch(hasClientList).whileSet(&EffectCore::engineWake, nullptr);
-    starting = watch(sampleRate).whileSet(&EffectCore::engineStart, &EffectCore::engineStop);
 }
 
 void EffectCore::engineTeardown() {
     waking.drop();
-    starting.drop();
 }
 
 // One that was made for this goes again if the hardware isn't there, before another module is loaded.

@@ -32,52 +32,56 @@ std::optional<T> askModule(DspEngine& engine, std::int32_t id) {
 
 }  // namespace
 
-// Sound comes last: the module has all its parameters before the first block.
+// Sound comes last: the module has all its parameters before the first block. Listeners of what is published
+// on the way may stop the engine, and start it anew: then the rest is not, or no more, to be done.
 void EffectCore::engineStart() {
     const Held<DspEngine> engine = dspEngine.value();
+    rtEngine = engine;
     rt::EngineFormat in = inFormat.value();
     rt::EngineFormat out = outFormat.value();
     rt::EngineFormat none;
     engine->Initialize(in, out, none);
-    readModuleVersion();
-    countParameterBytesAnew();
+    readModuleVersion(*engine);
+    countParameterBytesAnew(*engine);
     presetLoadStartTimeMs.set(clockMs());
     presetLoadCount.set(presetLoadCount.value() + 1);
+    if (!rtEngine || sentReaders) {
+        return;
+    }
     startSendingParameters(chunkReaders.value());
     sendingSysFxDisabled = watch(sysFxDisabled).onEveryValue(&EffectCore::sendSysFxDisabled, nullptr);
     sendingMasterVolume = watch(endpointVolume)
                               .whileSet(&EffectCore::readMasterVolume, nullptr)
                               .then(masterVolumeDb)
                               .onEveryValue(&EffectCore::sendMasterVolume, nullptr);
-    giveToAudioThread(engine);
+    if (!rtEngine) {
+        sendingMasterVolume.drop();
+        return;
+    }
+    processor.exchangeEngine(rtEngine.get());
 }
 
+// After the exchange no call is in the engine, so its share may go.
 void EffectCore::engineStop() {
-    giveToAudioThread(nullptr);
+    const Held<DspEngine> engine = std::move(rtEngine);
+    processor.exchangeEngine(nullptr);
     stopSendingParameters();
     sendingSysFxDisabled.drop();
     sendingMasterVolume.drop();
-    dspEngine.value()->Uninitialize();
+    engine->Uninitialize();
 }
 
 void EffectCore::engineWake() {
     dspEngine.value()->WakeUp();
 }
 
-// After the exchange no call is in the last one, so its share may go.
-void EffectCore::giveToAudioThread(Held<DspEngine> engine) {
-    processor.exchangeEngine(engine.get());
-    rtEngine = std::move(engine);
-}
-
-void EffectCore::readModuleVersion() {
-    if (const auto version = askModule<std::uint32_t>(*dspEngine.value(), KORVA_DATA_MODULE_VERSION)) {
+void EffectCore::readModuleVersion(DspEngine& engine) {
+    if (const auto version = askModule<std::uint32_t>(engine, KORVA_DATA_MODULE_VERSION)) {
         dspModuleVersion.set(*version);
     }
 }
 
-void EffectCore::countParameterBytesAnew() {
-    DspEngine& engine = *dspEngine.value();
+void EffectCore::countParameterBytesAnew(DspEngine& engine) {
     const std::uint32_t captureClock = clockMs();
     if (const auto count = askModule<DspByteCount>(engine, KORVA_DATA_BYTES_RECEIVED)) {
         presetLoadParamBytesReceivedByDsp.set(
@@ -89,7 +93,7 @@ void EffectCore::countParameterBytesAnew() {
 }
 
 void EffectCore::sendSysFxDisabled(bool isDisabled) {
-    dspEngine.value()->SetParameter(KORVA_BANK_ENGINE, KORVA_PARAMETER_EFFECTS_DISABLED, noIndex, isDisabled);
+    rtEngine->SetParameter(KORVA_BANK_ENGINE, KORVA_PARAMETER_EFFECTS_DISABLED, noIndex, isDisabled);
 }
 
 void EffectCore::readMasterVolume(const Ref<IAudioEndpointVolume>& volume) {
@@ -98,8 +102,11 @@ void EffectCore::readMasterVolume(const Ref<IAudioEndpointVolume>& volume) {
     masterVolumeDb.set(isRead ? volumeDb(scalar) : 0.0f);
 }
 
+// The volume that has just been read may have made a listener stop the engine.
 void EffectCore::sendMasterVolume(float levelDb) {
-    dspEngine.value()->SetParameter(KORVA_BANK_ENDPOINT, KORVA_PARAMETER_VOLUME_DB, noIndex, levelDb);
+    if (rtEngine) {
+        rtEngine->SetParameter(KORVA_BANK_ENDPOINT, KORVA_PARAMETER_VOLUME_DB, noIndex, levelDb);
+    }
 }
 
 }  // namespace korva::engine

@@ -57,7 +57,11 @@ void EffectCore::startSendingParameters(std::shared_ptr<const ChunkReaders> read
     }
 }
 
+// There is no list yet if the start came to nothing before.
 void EffectCore::stopSendingParameters() {
+    if (!sentReaders) {
+        return;
+    }
     for (const Held<ChunkReader>& reader : *sentReaders) {
         for (Parameter* const parameter : reader->parameters()) {
             parameter->effective.unsubscribe(this, nullptr, &onParameter);
@@ -81,7 +85,7 @@ void EffectCore::sendParameter(const Parameter& parameter, std::span<const std::
     if (bank == KORVA_BANK_ENGINE) {
         copyControl(controls, parameter.paramId, bytes);
     }
-    dspEngine.value()->SetParameter(bank, parameter.paramId, noIndex, bytes);
+    rtEngine->SetParameter(bank, parameter.paramId, noIndex, bytes);
 }
 
 }  // namespace korva::engine

@@ -49,9 +49,9 @@ HRESULT EffectCore::lockForProcess(std::span<APO_CONNECTION_DESCRIPTOR* const> i
     }
     locked.set(true);
     setFormats(formatOfFirst(inputs), formatOfFirst(outputs));
-    if (dspEngine.value()) {
-        readModuleVersion();
-        dspEngine.value()->Clear(everything);
+    if (const framework::Held<DspEngine> engine = dspEngine.value()) {
+        readModuleVersion(*engine);
+        engine->Clear(everything);
     }
     resetLevelMeters();
     pullLevelMeters();

@@ -525,6 +525,14 @@ TEST_F(EngineLevels, ALevelThatIsDroppedAmongTheAfterFunctionsIsTornDownAgain) {
     EXPECT_EQ(rig.play(std::vector<float>(96, 0.5f)), std::vector<float>(96, 0.5f)) << "none plays";
 }
 
+TEST_F(EngineLevels, ALevelThatIsDroppedByAListenerOfTheEngineStartsNothing) {
+    EffectCore& core = rig.core();
+    const Meddler meddler(rig, core.dspEngine, false, [&] { core.engineAllowed.set(false); });
+    core.presetVersion.set(2);
+    EXPECT_EQ(rig.newLifeCalls(), (Lines{"Uninitialize TANMER64 1", "Create TANMER64 2", "Free TANMER64 1"}));
+    EXPECT_EQ(rig.play(std::vector<float>(96, 0.5f)), std::vector<float>(96, 0.5f)) << "none plays";
+}
+
 TEST_F(EngineLevels, AVersionThatComesWhileTheListOfReadersChangesBuildsOnce) {
     EffectCore& core = rig.core();
     core.presetVersion.set(0);
