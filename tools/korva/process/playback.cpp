@@ -65,6 +65,7 @@ void Playback::play(SoundReader& reader, SoundWriter& writer, ProgressBar& progr
         report.frames += count;
         progress.update(report.frames);
     }
+    checkAllMade();
     report.engine = object.engineUse();
     object.unlock();
 }
@@ -76,6 +77,13 @@ void Playback::makeChanges() {
         ReportedChange made{.seconds = static_cast<double>(report.frames) / rate};
         std::visit([&](const auto& change) { make(change, made); }, events[next].change);
         report.changes.push_back(std::move(made));
+    }
+}
+
+/// Of an input that doesn't say how long it is.
+void Playback::checkAllMade() const {
+    if (next < events.size()) {
+        failAsTooLate(events[next]);
     }
 }
 

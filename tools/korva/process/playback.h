@@ -27,6 +27,7 @@ public:
 
 private:
     void makeChanges();
+    void checkAllMade() const;
     void make(const PresetChange& change, ReportedChange& made);
     void make(const VolumeChange& change, ReportedChange& made);
 

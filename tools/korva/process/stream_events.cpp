@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -13,6 +14,7 @@ namespace korva::tool {
 namespace {
 
 constexpr double maxSeconds = 1e9;  // frames of it fit into 64 bits at any rate
+constexpr double wholeTolerance = 1e-15;
 
 std::optional<double> numberIn(std::string_view text) {
     double number = 0;
@@ -55,7 +57,11 @@ StreamEvent volumeEvent(const std::string& argument) {
 }  // namespace
 
 std::uint64_t StreamEvent::frame(std::uint32_t sampleRate) const noexcept {
-    return static_cast<std::uint64_t>(std::ceil(seconds * sampleRate));
+    const double frames = seconds * sampleRate;
+    const double nearest = std::round(frames);
+    // Most decimal fractions are no binary ones: 0.07 s at 48000 Hz is a hair past its frame.
+    const bool isWhole = std::abs(frames - nearest) <= nearest * wholeTolerance;
+    return static_cast<std::uint64_t>(isWhole ? nearest : std::ceil(frames));
 }
 
 std::vector<StreamEvent> readStreamEvents(const std::vector<std::string>& changes,
@@ -65,6 +71,10 @@ std::vector<StreamEvent> readStreamEvents(const std::vector<std::string>& change
     std::ranges::transform(volumes, std::back_inserter(events), volumeEvent);
     std::ranges::stable_sort(events, {}, &StreamEvent::seconds);
     return events;
+}
+
+void failAsTooLate(const StreamEvent& event) {
+    fail("a change at {} s comes too late: no buffer begins there or later", event.seconds);
 }
 
 }  // namespace korva::tool

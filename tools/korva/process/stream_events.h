@@ -35,4 +35,7 @@ struct StreamEvent {
 [[nodiscard]] std::vector<StreamEvent> readStreamEvents(const std::vector<std::string>& changes,
                                                         const std::vector<std::string>& volumes);
 
+/// Throws `ToolError`: no buffer begins when this one's time has come.
+[[noreturn]] void failAsTooLate(const StreamEvent& event);
+
 }  // namespace korva::tool
