@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "engine/audio_media_type.h"
+#include "engine/engine_config_document.h"
 #include "engine/stream_format.h"
 #include "korva/errors.h"
 #include "platform/memory_lock.h"
@@ -164,6 +165,7 @@ EngineUse HostedObject::engineUse() {
             const std::vector<std::string> names = engine->document().platformModuleNames();
             use.module = names.empty() ? std::string() : names.front();
             use.isLoaded = engine->hasInstance();
+            use.wantsHardware = (object.modeFlags.value() & engine::modeHardware) != 0;
             use.onHardware = object.realtime().hardwareMode.get();
             use.engineId = platform::guidText(engine->engineId());
         }

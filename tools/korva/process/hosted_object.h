@@ -30,9 +30,10 @@ struct EngineUse {
     std::string module;     ///< Name of the file, without suffix; empty if the engine needs none.
     bool isLoaded = false;  ///< Whether the module works for it.
     bool onHardware = false;
-    std::string engineId;       ///< Empty without an engine: the object plays without one.
-    std::uint32_t built = 0;    ///< How many there were.
-    std::uint32_t started = 0;  ///< How often one was started.
+    bool wantsHardware = false;  ///< Whether the preset asks for it.
+    std::string engineId;        ///< Empty without an engine: the object plays without one.
+    std::uint32_t built = 0;     ///< How many there were.
+    std::uint32_t started = 0;   ///< How often one was started.
 };
 
 /// One object with its stream. Nobody else in the tool knows what it is made of. `process` comes between

@@ -48,10 +48,11 @@ params::EffectKind parseEffect(const std::string& name) {
     return *kind;
 }
 
-std::filesystem::path parseModuleFolder(const std::string& name) {
-    if (name.empty()) {
+std::filesystem::path parseModuleFolder(const ProcessOptions& options) {
+    if (!options.hasModuleFolder) {
         return platform::ownLibraryFolder();
     }
+    const std::string& name = options.moduleFolder;
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::absolute(name, error);
     if (!std::filesystem::is_directory(folder, error)) {
@@ -61,9 +62,14 @@ std::filesystem::path parseModuleFolder(const std::string& name) {
 }
 
 std::vector<StreamEvent> parseEvents(const ProcessOptions& options) {
-    const bool hasEndpoint = !options.endpoint.empty() || !options.preset.empty();
-    if (!hasEndpoint &&
-        !(options.changes.empty() && options.volumes.empty() && options.moduleFolder.empty())) {
+    if (options.hasEndpoint && options.endpoint.empty()) {
+        fail("--endpoint takes an endpoint's identifier, not ''");
+    }
+    if (options.hasPreset && options.preset.empty()) {
+        fail("--preset takes a file, not ''");
+    }
+    if (!options.hasEndpoint && !options.hasPreset &&
+        !(options.changes.empty() && options.volumes.empty() && !options.hasModuleFolder)) {
         fail("--module-dir, --change and --volume need an endpoint: give --endpoint or --preset, too");
     }
     return readStreamEvents(options.changes, options.volumes);
@@ -75,7 +81,7 @@ struct Settings {
         : bufferFrames(parseBufferFrames(options.bufferFrames)),
           outputMask(options.outputLayout.empty() ? 0 : parseLayout(options.outputLayout)),
           effect(parseEffect(options.effect)),
-          moduleFolder(parseModuleFolder(options.moduleFolder)),
+          moduleFolder(parseModuleFolder(options)),
           events(parseEvents(options)) {}
 
     std::uint32_t bufferFrames;
@@ -108,24 +114,49 @@ SoundFormat outputFormat(const ProcessOptions& options, const Settings& settings
 }
 
 /// A change that would come too late would never be made.
-void checkEvents(const std::vector<StreamEvent>& events, const SoundReader& reader) {
-    const double frames = static_cast<double>(reader.frames().value_or(0));
-    const double length = frames / reader.format().sampleRate;
-    if (reader.frames() && !events.empty() && events.back().seconds >= length) {
-        fail("a change at {} s comes too late: the sound ends after {:.3f} s", events.back().seconds, length);
+void checkEvents(const Settings& settings, const SoundReader& reader) {
+    if (settings.events.empty() || !reader.frames()) {
+        return;
+    }
+    const std::uint64_t lastBegin = (*reader.frames() - 1) / settings.bufferFrames * settings.bufferFrames;
+    if (settings.events.back().frame(reader.format().sampleRate) > lastBegin) {
+        failAsTooLate(settings.events.back());
     }
 }
 
-/// A running object keeps its engine: only an effect's identity brings another one.
-void checkEngines(const std::vector<StreamEvent>& events, std::string engine) {
+/// A running object keeps its engine and its platform: only an effect's identity brings others.
+void checkEngines(const std::vector<StreamEvent>& events, EngineUse now) {
     for (const StreamEvent& event : events) {
         const auto* const change = std::get_if<PresetChange>(&event.change);
-        const std::string next = change != nullptr ? platform::guidText(change->preset.engineId) : engine;
-        if (!engine.empty() && next != engine) {
-            fail("--change {}: this preset is for the engine {}, and {} plays", change->file, next, engine);
+        if (change == nullptr) {
+            continue;
         }
-        engine = next;
+        const std::string next = platform::guidText(change->preset.engineId);
+        if (!now.engineId.empty() && next != now.engineId) {
+            fail("--change {}: this preset is for the engine {}, and {} plays", change->file, next,
+                 now.engineId);
+        }
+        if (!now.engineId.empty() && change->preset.hardware != now.wantsHardware) {
+            fail("--change {}: a preset with another 'hardware' takes no effect while sound plays",
+                 change->file);
+        }
+        now.engineId = next;
+        now.wantsHardware = change->preset.hardware;
     }
+}
+
+/// Sound that only passes isn't what was asked for.
+void checkModule(const EngineUse& engine, const std::filesystem::path& folder) {
+    if (engine.module.empty() || engine.isLoaded) {
+        return;
+    }
+    const std::filesystem::path file = platform::libraryPath(folder, engine.module);
+    std::error_code error;
+    if (!std::filesystem::exists(file, error)) {
+        fail("there is no module '{}'; --module-dir says where modules lie", file.string());
+    }
+    fail("the module '{}' can't be loaded or makes no instance; see 'korva module check {}'", file.string(),
+         file.string());
 }
 
 /// Where the sound goes to standard output, the report must not follow it there.
@@ -144,11 +175,12 @@ void print(const ProcessOptions& options, ProcessReport& report, bool soundOnSta
 void runProcess(const ProcessOptions& options) {
     const Settings settings(options);
     SoundReader reader(options.input);
-    checkEvents(settings.events, reader);
+    checkEvents(settings, reader);
     PlayedEndpoint endpoint(options.endpoint, options.preset, settings.effect);
     HostedObject object(settings.effect, settings.moduleFolder);
     object.initialize(endpoint.id());
-    checkEngines(settings.events, object.engineUse().engineId);
+    checkEngines(settings.events, object.engineUse());
+    checkModule(object.engineUse(), settings.moduleFolder);
     const SoundFormat in = withMask(reader.format());
     const SoundFormat out = outputFormat(options, settings, in);
     SoundWriter writer(options.output, out, reader.frames());
@@ -167,6 +199,7 @@ void runProcess(const ProcessOptions& options) {
                          .moduleFolder = settings.moduleFolder.string(),
                          .peaks = options.meters ? std::optional(Peaks{}) : std::nullopt};
     Playback(object, endpoint, settings.events, report).play(reader, writer, progress);
+    checkModule(report.engine, settings.moduleFolder);  // that of an engine which came with a change
     writer.finish();
     progress.finish();
     print(options, report, writer.goesToStandardOutput());

@@ -14,9 +14,12 @@ struct ProcessOptions {
     std::string effect = "sfx";
     std::string outputLayout;  ///< Empty: the input's own.
     std::string bufferFrames = "480";
-    std::string endpoint;              ///< Its identifier; empty: none, or that of `preset`.
-    std::string preset;                ///< A file; empty: what the endpoint has.
-    std::string moduleFolder;          ///< Empty: the tool's own.
+    std::string endpoint;  ///< Its identifier.
+    bool hasEndpoint = false;
+    std::string preset;  ///< A file; without it what the endpoint has.
+    bool hasPreset = false;
+    std::string moduleFolder;  ///< Without it the tool's own.
+    bool hasModuleFolder = false;
     std::vector<std::string> changes;  ///< SECONDS=FILE
     std::vector<std::string> volumes;  ///< SECONDS=SCALAR
     bool meters = false;

@@ -94,7 +94,10 @@ CLI::App* declare(CLI::App& line, ProcessOptions& options) {
 void addProcess(CLI::App& line, Commands& commands) {
     const auto options = std::make_shared<ProcessOptions>();
     const CLI::App* const declaration = declare(line, *options);
-    commands.push_back({declaration, [options] {
+    commands.push_back({declaration, [options, declaration] {
+                            options->hasEndpoint = declaration->count("--endpoint") != 0;
+                            options->hasPreset = declaration->count("--preset") != 0;
+                            options->hasModuleFolder = declaration->count("--module-dir") != 0;
                             runProcess(*options);
                             return 0;
                         }});

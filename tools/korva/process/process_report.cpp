@@ -49,8 +49,7 @@ std::string moduleText(const EngineUse& engine, const std::string& folder) {
     if (engine.module.empty()) {
         return "none: this engine has none, and the sound passes as it is";
     }
-    const std::string_view state = engine.isLoaded ? "" : ", which doesn't work: the sound passes as it is";
-    return fmt::format("{} in {}{}", engine.module, asOneLine(folder), state);
+    return fmt::format("{} in {}", engine.module, asOneLine(folder));
 }
 
 std::string timesText(std::uint32_t count) {
