@@ -25,6 +25,9 @@
 
 namespace korva::engine {
 
+/// The index that all parameters are sent with: so far none has several places.
+inline constexpr std::int32_t noIndex = -1;
+
 /// A module that is loaded and an instance of it, or one of these, or none: what is missing makes operations
 /// do nothing and give 0. Which of them it is stays as the constructor left it.
 ///

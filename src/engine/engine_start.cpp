@@ -15,8 +15,6 @@ using framework::Ref;
 
 namespace {
 
-constexpr std::int32_t noIndex = -1;
-
 std::uint32_t clockMs() noexcept {
     return static_cast<std::uint32_t>(platform::processClockMs());
 }

@@ -13,8 +13,6 @@ using params::Parameter;
 
 namespace {
 
-constexpr std::int32_t noIndex = -1;
-
 /// A number that is these bytes; 0 of any other count.
 template <class T>
 T numberOf(std::span<const std::byte> bytes) noexcept {

@@ -31,11 +31,13 @@ rt::EngineFormat formatOfFirst(std::span<APO_CONNECTION_DESCRIPTOR* const> conne
 
 HRESULT EffectCore::isInputFormatSupported(IAudioMediaType* opposite, IAudioMediaType* requested,
                                            IAudioMediaType** supported) {
+    assert(isOwnerThread());
     return testFormat(dspEngine.value().get(), Direction::input, opposite, requested, supported);
 }
 
 HRESULT EffectCore::isOutputFormatSupported(IAudioMediaType* opposite, IAudioMediaType* requested,
                                             IAudioMediaType** supported) {
+    assert(isOwnerThread());
     return testFormat(dspEngine.value().get(), Direction::output, opposite, requested, supported);
 }
 
