@@ -6,6 +6,7 @@
 #include "params/fx_property_store.h"
 #include "params/property_set_path.h"
 #include "platform/published/results.h"
+#include "tests/support/user_set_alone.h"
 
 namespace korva::bench {
 
@@ -40,42 +41,6 @@ private:
     Properties& noted;
 };
 
-/// Has a user's set alone.
-class NotingStores final : public framework::PublishedObject<NotingStores, framework::ObjectBase,
-                                                             published::IAudioSystemEffectsPropertyStore> {
-public:
-    explicit NotingStores(Ref<NotingStore> userStore) : user(std::move(userStore)) {}
-
-    HRESULT STDMETHODCALLTYPE OpenDefaultPropertyStore(DWORD, IPropertyStore** store) override {
-        return refuse(store);
-    }
-    HRESULT STDMETHODCALLTYPE OpenUserPropertyStore(DWORD, IPropertyStore** store) override {
-        *store = Ref<NotingStore>(user).giveUp();
-        return published::ok;
-    }
-    HRESULT STDMETHODCALLTYPE OpenVolatilePropertyStore(DWORD, IPropertyStore** store) override {
-        return refuse(store);
-    }
-    HRESULT STDMETHODCALLTYPE ResetUserPropertyStore() override { return published::notImplemented; }
-    HRESULT STDMETHODCALLTYPE ResetVolatilePropertyStore() override { return published::notImplemented; }
-    HRESULT STDMETHODCALLTYPE RegisterPropertyChangeNotification(
-        published::IAudioSystemEffectsPropertyChangeNotificationClient*) override {
-        return published::notImplemented;
-    }
-    HRESULT STDMETHODCALLTYPE UnregisterPropertyChangeNotification(
-        published::IAudioSystemEffectsPropertyChangeNotificationClient*) override {
-        return published::notImplemented;
-    }
-
-private:
-    static HRESULT refuse(IPropertyStore** store) {
-        *store = nullptr;
-        return published::notImplemented;
-    }
-
-    const Ref<NotingStore> user;
-};
-
 }  // namespace
 
 std::vector<PROPERTYKEY> propertiesReadBy(const CoreGround& ground) {
@@ -83,7 +48,7 @@ std::vector<PROPERTYKEY> propertiesReadBy(const CoreGround& ground) {
     CoreRig rig(ground);
     // The override is there before the device, and its set is read at once.
     rig.on([&] {
-        rig.core().overrideStore.set(framework::create<NotingStores>(framework::create<NotingStore>(
+        rig.core().overrideStore.set(framework::create<test::UserSetAlone>(framework::create<NotingStore>(
             params::FxPropertyStore::Open(ground.endpointId(), params::property_set::user), noted)));
         rig.begin();
     });

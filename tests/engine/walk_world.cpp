@@ -70,7 +70,7 @@ private:
 
 WalkWorld::WalkWorld()
     : replacement(framework::create<WalkStore>()),
-      replacements(framework::create<WalkStores>(replacement)),
+      replacements(framework::create<UserSetAlone>(replacement)),
       scribe(KORVA_REGISTRY_SCRIBE) {
     for (int count = 0; count < 3; ++count) {
         const std::string id = newIdentifier();

@@ -12,6 +12,7 @@
 #include "tests/engine/walk_stores.h"
 #include "tests/support/conversation.h"
 #include "tests/support/effect_rig.h"
+#include "tests/support/user_set_alone.h"
 
 namespace korva::test {
 
@@ -50,7 +51,7 @@ public:
     ModuleWitness witness;
     EffectRig rig;
     framework::Ref<WalkStore> replacement;
-    framework::Ref<WalkStores> replacements;
+    framework::Ref<UserSetAlone> replacements;
     std::unique_ptr<WalkAudio> audio;
     /// As of the last look.
     std::uint32_t starts = 0;
