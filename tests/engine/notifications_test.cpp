@@ -202,7 +202,7 @@ TEST_F(PropertyNotice, OfAnotherEndpointIsIgnored) {
     EXPECT_FALSE(isDisabledAfter(notice(nullptr, properties.get())));
 }
 
-TEST_F(PropertyNotice, ThatIsOnItsWayAtTheCloseIsDropped) {
+TEST_F(PropertyNotice, ThatIsOnItsWayAtTheCloseReachesNoModule) {
     beginStream();
     properties->putWord(disableSysFxKey, 1);
     rig.on([&] {
