@@ -210,9 +210,12 @@ TEST_F(VolumeCallbacks, TheLastOneMayGoAndComeBackFromInside) {
     });
     self = &callback;
     add(callback);
+    int calls = 0;
     for (const float scalar : {0.5F, 0.25F, 0.75F}) {
         set(scalar);
-        ASSERT_TRUE(waitUntil([&] { return callback.wasTold(scalar); }));
+        ++calls;
+        ASSERT_TRUE(waitUntil([&] { return callback.calls == calls; }));
+        EXPECT_TRUE(callback.wasTold(scalar));
     }
     remove(callback);
     EXPECT_EQ(callback.references, 1U);
