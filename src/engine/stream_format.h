@@ -16,11 +16,10 @@ namespace korva::engine {
     // A conversion of what doesn't fit is undefined, and a host's rate may be any float: the limits come
     // first. A double holds them exactly, and its sum is not rounded up to the next whole number.
     constexpr double greatest = std::numeric_limits<std::uint32_t>::max();
-    const double rate = static_cast<double>(framesPerSecond) + 0.5;
-    if (!(rate >= 0)) {
+    if (!(framesPerSecond > 0)) {
         return 0;
     }
-    return static_cast<std::uint32_t>(std::min(rate, greatest));
+    return static_cast<std::uint32_t>(std::min(static_cast<double>(framesPerSecond) + 0.5, greatest));
 }
 
 /// The format's record, with its mask mended. Its encoding is not looked at; more channels than a record can

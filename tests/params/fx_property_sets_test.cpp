@@ -321,15 +321,16 @@ TEST_F(FxPropertySetsTest, NothingIsReportedOnceTheyAreClosed) {
 TEST_F(FxPropertySetsTest, TheHandlerMayCloseThem) {
     const RegistryKey key = endpoint.makeSet(property_set::user);
     ASSERT_TRUE(setNumber(key, name(1), 1));
-    int reported = 0;
+    std::atomic<int> reported{0};
     const std::uint32_t before = framework::liveThreadCount().get();
     makeSets([&](FxPropertySets::SetType, REFPROPERTYKEY) {
         ++reported;
         sets = nullptr;
     });
     ASSERT_TRUE(setNumber(key, name(2), 1));
+    ASSERT_TRUE(waitUntil([&] { return reported != 0; }));
     EXPECT_TRUE(waitUntil([&] { return framework::liveThreadCount().get() == before; }));
-    onOwner([&] { EXPECT_EQ(reported, 1); });
+    EXPECT_EQ(reported, 1);
 }
 
 TEST_F(FxPropertySetsTest, ClosedTheyOpenNothing) {
