@@ -356,7 +356,7 @@ public:
         value.subscribe(this, isBefore ? &run : nullptr, isBefore ? nullptr : &run);
     }
 
-    bool hasClosed = false;
+    std::atomic<bool> hasClosed{false};
 
 private:
     static void run(void* context, framework::ListenedTo&, framework::ActiveObject&, const void*, void*,
