@@ -270,7 +270,9 @@ private:
         };
         switch (values.below(6)) {
             case 0:
+                // Word of an earlier change may come late, and find the list gone.
                 remove(id, key);
+                settle(id);
                 return;
             case 1:
                 writeAndWait({platform::registry_type::multiString, {}},
