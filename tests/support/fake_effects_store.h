@@ -4,12 +4,11 @@
 #include <utility>
 #include <vector>
 
-#include "framework/object_class.h"
-#include "framework/published_object.h"
 #include "framework/ref.h"
 #include "platform/published/property_interfaces.h"
 #include "platform/published/results.h"
 #include "tests/support/memory_property_store.h"
+#include "tests/support/silent_effects_store.h"
 
 namespace korva::test {
 
@@ -35,9 +34,7 @@ struct FakeSet {
 };
 
 /// Has three sets, and tells nobody of changes.
-class FakeEffectsStore final
-    : public framework::PublishedObject<FakeEffectsStore, framework::ObjectBase,
-                                        published::IAudioSystemEffectsPropertyStore> {
+class FakeEffectsStore final : public SilentEffectsStore<FakeEffectsStore> {
 public:
     HRESULT STDMETHODCALLTYPE OpenDefaultPropertyStore(DWORD accessMode, IPropertyStore** store) override {
         return standard.open(accessMode, store);
@@ -47,16 +44,6 @@ public:
     }
     HRESULT STDMETHODCALLTYPE OpenVolatilePropertyStore(DWORD accessMode, IPropertyStore** store) override {
         return temporary.open(accessMode, store);
-    }
-    HRESULT STDMETHODCALLTYPE ResetUserPropertyStore() override { return published::notImplemented; }
-    HRESULT STDMETHODCALLTYPE ResetVolatilePropertyStore() override { return published::notImplemented; }
-    HRESULT STDMETHODCALLTYPE RegisterPropertyChangeNotification(
-        published::IAudioSystemEffectsPropertyChangeNotificationClient*) override {
-        return published::notImplemented;
-    }
-    HRESULT STDMETHODCALLTYPE UnregisterPropertyChangeNotification(
-        published::IAudioSystemEffectsPropertyChangeNotificationClient*) override {
-        return published::notImplemented;
     }
 
     FakeSet standard;

@@ -3,18 +3,16 @@
 
 #include <utility>
 
-#include "framework/object_class.h"
-#include "framework/published_object.h"
 #include "framework/ref.h"
 #include "platform/published/property_interfaces.h"
 #include "platform/published/results.h"
+#include "tests/support/silent_effects_store.h"
 
 namespace korva::test {
 
 /// Gives the same store as the user's whenever it is opened. To open the standard set fails, the temporary
 /// one is missing; nothing is reset, and nobody is told of changes.
-class UserSetAlone final : public framework::PublishedObject<UserSetAlone, framework::ObjectBase,
-                                                             published::IAudioSystemEffectsPropertyStore> {
+class UserSetAlone final : public SilentEffectsStore<UserSetAlone> {
 public:
     explicit UserSetAlone(framework::Ref<IPropertyStore> store) : user(std::move(store)) {}
 
@@ -29,16 +27,6 @@ public:
     HRESULT STDMETHODCALLTYPE OpenVolatilePropertyStore(DWORD, IPropertyStore** store) override {
         *store = nullptr;
         return published::ok;
-    }
-    HRESULT STDMETHODCALLTYPE ResetUserPropertyStore() override { return published::notImplemented; }
-    HRESULT STDMETHODCALLTYPE ResetVolatilePropertyStore() override { return published::notImplemented; }
-    HRESULT STDMETHODCALLTYPE RegisterPropertyChangeNotification(
-        published::IAudioSystemEffectsPropertyChangeNotificationClient*) override {
-        return published::notImplemented;
-    }
-    HRESULT STDMETHODCALLTYPE UnregisterPropertyChangeNotification(
-        published::IAudioSystemEffectsPropertyChangeNotificationClient*) override {
-        return published::notImplemented;
     }
 
 private:

@@ -9,6 +9,7 @@
 #include "korva/endpoint/endpoint_registry.h"
 #include "korva/errors.h"
 #include "korva/json.h"
+#include "korva/preset/effect_class.h"
 #include "korva/preset/stored_preset.h"
 #include "korva/registry/registry_errors.h"
 #include "korva/registry/value_json.h"
@@ -21,13 +22,8 @@ namespace {
 
 namespace published = korva::published;
 
-struct NamedEffect {
-    const char* name;
-    params::EffectKind kind;
-};
-constexpr std::array<NamedEffect, 3> effects{{{"sfx", params::EffectKind::stream},
-                                              {"mfx", params::EffectKind::mode},
-                                              {"efx", params::EffectKind::endpoint}}};
+constexpr std::array effects = {params::EffectKind::stream, params::EffectKind::mode,
+                                params::EffectKind::endpoint};
 
 const char* flowName(EDataFlow flow) {
     return flow == eCapture ? "capture" : "render";
@@ -107,9 +103,9 @@ std::string showText(const EndpointDescription& endpoint) {
     text += fmt::format("  state   {}\n", stateName(endpoint.state));
     text += fmt::format("  volume  {}\n", volumeText(endpoint.loudness));
     const platform::RegistryKey userSet = openUserSet(endpoint);
-    for (const NamedEffect& effect : effects) {
-        const std::optional<Preset> preset = presetOf(userSet, effect.kind);
-        text += fmt::format("  {:<6}  {}\n", effect.name,
+    for (const params::EffectKind effect : effects) {
+        const std::optional<Preset> preset = presetOf(userSet, effect);
+        text += fmt::format("  {:<6}  {}\n", effectName(effect),
                             preset ? fmt::format("engine {}, preset version {}",
                                                  platform::guidText(preset->engineId), preset->presetVersion)
                                    : "no preset");
@@ -120,11 +116,12 @@ std::string showText(const EndpointDescription& endpoint) {
 Json showJson(const EndpointDescription& endpoint) {
     Json json = descriptionJson(endpoint);
     const platform::RegistryKey userSet = openUserSet(endpoint);
-    for (const NamedEffect& effect : effects) {
-        const std::optional<Preset> preset = presetOf(userSet, effect.kind);
-        json["presets"][effect.name] = preset ? Json{{"engine", platform::guidText(preset->engineId)},
-                                                     {"presetVersion", preset->presetVersion}}
-                                              : Json();
+    for (const params::EffectKind effect : effects) {
+        const std::optional<Preset> preset = presetOf(userSet, effect);
+        json["presets"][std::string(effectName(effect))] =
+            preset ? Json{{"engine", platform::guidText(preset->engineId)},
+                          {"presetVersion", preset->presetVersion}}
+                   : Json();
     }
     return json;
 }

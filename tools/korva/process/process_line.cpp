@@ -2,6 +2,8 @@
 #include <CLI/CLI.hpp>
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "korva/command.h"
 #include "korva/process/process_command.h"
@@ -25,7 +27,7 @@ constexpr const char* example =
     "      --module-dir build/release/modules\n";
 
 /// What leads to a DSP module, and what changes while it plays.
-void addEndpoint(CLI::App& process, ProcessOptions& options) {
+void addModuleOptions(CLI::App& process, ProcessOptions& options) {
     auto* const endpoint =
         process
             .add_option("--endpoint", options.endpoint,
@@ -40,18 +42,17 @@ void addEndpoint(CLI::App& process, ProcessOptions& options) {
         .add_option("--module-dir", options.moduleFolder,
                     "Where DSP modules lie; else where the tool itself lies")
         ->type_name("DIR");
-    process
-        .add_option("--change", options.changes,
-                    "Install another preset at that point of the sound; may be repeated")
-        ->type_name("SECONDS=FILE")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    process
-        .add_option("--volume", options.volumes,
-                    "Tell of a master volume, 0 to 1, at that point of the sound; may be repeated")
-        ->type_name("SECONDS=SCALAR")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    const auto addTimed = [&](const char* name, std::vector<std::string>& texts, const char* form,
+                              const char* does) {
+        process.add_option(name, texts, does)
+            ->type_name(form)
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    };
+    addTimed("--change", options.changes, "SECONDS=FILE",
+             "Install another preset at that point of the sound; may be repeated");
+    addTimed("--volume", options.volumes, "SECONDS=SCALAR",
+             "Tell of a master volume, 0 to 1, at that point of the sound; may be repeated");
 }
 
 CLI::App* declare(CLI::App& line, ProcessOptions& options) {
@@ -75,7 +76,7 @@ CLI::App* declare(CLI::App& line, ProcessOptions& options) {
     process->add_option("--buffer", options.bufferFrames, "Frames in one buffer of the engine, 1 to 1000000")
         ->type_name("FRAMES")
         ->capture_default_str();
-    addEndpoint(*process, options);
+    addModuleOptions(*process, options);
     process
         ->add_flag("--meters", options.meters,
                    "Run the level meters and show the highest level of each speaker")

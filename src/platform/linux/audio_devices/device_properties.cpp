@@ -22,35 +22,14 @@ DeviceProperties::DeviceProperties(RegistryKey endpoint, bool reads, bool writes
     : key(std::move(endpoint)), mayRead(reads), mayWrite(writes) {}
 
 HRESULT DeviceProperties::GetCount(DWORD* count) {
-    if (count == nullptr) {
-        return published::nullPointer;
-    }
-    if (!mayRead) {
-        return published::storageAccessDenied;
-    }
-    return publishedCall([&] {
-        std::vector<PROPERTYKEY> keys;
-        const RegistryResult result = readKeys(keys);
-        if (result == registry_result::success) {
-            *count = static_cast<DWORD>(keys.size());
-        }
-        return deviceResult(result);
+    return withKeys(count, [&](const std::vector<PROPERTYKEY>& keys) {
+        *count = static_cast<DWORD>(keys.size());
+        return published::ok;
     });
 }
 
 HRESULT DeviceProperties::GetAt(DWORD index, PROPERTYKEY* property) {
-    if (property == nullptr) {
-        return published::nullPointer;
-    }
-    if (!mayRead) {
-        return published::storageAccessDenied;
-    }
-    return publishedCall([&] {
-        std::vector<PROPERTYKEY> keys;
-        const RegistryResult result = readKeys(keys);
-        if (result != registry_result::success) {
-            return deviceResult(result);
-        }
+    return withKeys(property, [&](const std::vector<PROPERTYKEY>& keys) {
         if (index >= keys.size()) {
             return published::invalidArgument;
         }
@@ -122,6 +101,21 @@ RegistryResult DeviceProperties::readKeys(std::vector<PROPERTYKEY>& keys) const 
         }
     }
     return result == registry_result::noMoreItems ? registry_result::success : result;
+}
+
+template <class Use>
+HRESULT DeviceProperties::withKeys(const void* out, const Use& use) const {
+    if (out == nullptr) {
+        return published::nullPointer;
+    }
+    if (!mayRead) {
+        return published::storageAccessDenied;
+    }
+    return publishedCall([&] {
+        std::vector<PROPERTYKEY> keys;
+        const RegistryResult result = readKeys(keys);
+        return result == registry_result::success ? use(keys) : deviceResult(result);
+    });
 }
 
 HRESULT DeviceProperties::put(const std::string& name, REFPROPVARIANT value) const {

@@ -35,6 +35,9 @@ private:
 
     RegistryResult open(RegistryKey& properties) const;
     RegistryResult readKeys(std::vector<PROPERTYKEY>& keys) const;
+    /// What `use` gives for the keys there are; E_POINTER without `out`, which it fills.
+    template <class Use>
+    HRESULT withKeys(const void* out, const Use& use) const;
     HRESULT put(const std::string& name, REFPROPVARIANT value) const;
     HRESULT remove(const std::string& name) const;
 
