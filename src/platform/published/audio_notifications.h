@@ -45,6 +45,28 @@ struct APO_NOTIFICATION {
         AUDIO_SYSTEMEFFECTS_PROPERTY_CHANGE_NOTIFICATION audioSystemEffectsPropertyChange;
     };
 };
+
+/// Which notifications an audio object wants.
+struct APO_NOTIFICATION_DESCRIPTOR {
+    struct OfDevice {
+        IMMDevice* device;
+    };
+    struct OfPropertyStore {
+        IMMDevice* device;
+        GUID propertyStoreContext;
+    };
+
+    APO_NOTIFICATION_TYPE type;
+    union {
+        OfDevice audioEndpointVolume;
+        OfDevice audioEndpointPropertyChange;
+        OfPropertyStore audioSystemEffectsPropertyChange;
+    };
+};
+static_assert(sizeof(APO_NOTIFICATION_DESCRIPTOR) == 32);
+static_assert(offsetof(APO_NOTIFICATION_DESCRIPTOR, audioSystemEffectsPropertyChange) == 8);
+static_assert(offsetof(APO_NOTIFICATION_DESCRIPTOR::OfPropertyStore, propertyStoreContext) == 8);
+
 static_assert(sizeof(AUDIO_ENDPOINT_VOLUME_CHANGE_NOTIFICATION) == 16);
 static_assert(sizeof(AUDIO_ENDPOINT_PROPERTY_CHANGE_NOTIFICATION) == 40);
 static_assert(sizeof(AUDIO_SYSTEMEFFECTS_PROPERTY_CHANGE_NOTIFICATION) == 64);

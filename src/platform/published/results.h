@@ -21,8 +21,24 @@ inline constexpr auto notFound = static_cast<HRESULT>(0x80070490U);             
 inline constexpr auto deviceInvalidated =
     static_cast<HRESULT>(0x88890004U);  ///< AUDCLNT_E_DEVICE_INVALIDATED
 
-/// APOERR_FORMAT_NOT_SUPPORTED
-inline constexpr auto formatNotSupported = static_cast<HRESULT>(0x887D0003U);
+// What a server of classes tells.
+inline constexpr auto noAggregation = static_cast<HRESULT>(0x80040110U);      ///< CLASS_E_NOAGGREGATION
+inline constexpr auto classNotAvailable = static_cast<HRESULT>(0x80040111U);  ///< CLASS_E_CLASSNOTAVAILABLE
+
+// What an audio object tells.
+inline constexpr auto alreadyInitialized = static_cast<HRESULT>(0x887D0001U);  ///< APOERR_ALREADY_INITIALIZED
+inline constexpr auto notInitialized = static_cast<HRESULT>(0x887D0002U);      ///< APOERR_NOT_INITIALIZED
+inline constexpr auto formatNotSupported =
+    static_cast<HRESULT>(0x887D0003U);                                      ///< APOERR_FORMAT_NOT_SUPPORTED
+inline constexpr auto buffersOverlap = static_cast<HRESULT>(0x887D0005U);   ///< APOERR_BUFFERS_OVERLAP
+inline constexpr auto alreadyUnlocked = static_cast<HRESULT>(0x887D0006U);  ///< APOERR_ALREADY_UNLOCKED
+inline constexpr auto connectionCountInvalid =
+    static_cast<HRESULT>(0x887D0007U);  ///< APOERR_NUM_CONNECTIONS_INVALID
+inline constexpr auto outputMaxFrameCountInvalid =
+    static_cast<HRESULT>(0x887D0008U);  ///< APOERR_INVALID_OUTPUT_MAXFRAMECOUNT
+inline constexpr auto connectionFormatInvalid =
+    static_cast<HRESULT>(0x887D0009U);                                   ///< APOERR_INVALID_CONNECTION_FORMAT
+inline constexpr auto objectLocked = static_cast<HRESULT>(0x887D000AU);  ///< APOERR_APO_LOCKED
 
 [[nodiscard]] constexpr bool succeeded(HRESULT result) noexcept {
     return result >= 0;

@@ -19,6 +19,7 @@ using HRESULT = std::int32_t;
 using WCHAR = char16_t;
 using LPWSTR = WCHAR*;
 using LPCWSTR = const WCHAR*;
+using HANDLE = void*;
 
 /// The calling convention of published methods: the system's own here.
 #define STDMETHODCALLTYPE
@@ -31,9 +32,11 @@ struct GUID {
 };
 using IID = GUID;
 using CLSID = GUID;
+using LPGUID = GUID*;
 using LPCGUID = const GUID*;
 using REFGUID = const GUID&;
 using REFIID = const IID&;
+using REFCLSID = const CLSID&;
 
 inline bool operator==(const GUID& a, const GUID& b) noexcept {
     return std::memcmp(&a, &b, sizeof(GUID)) == 0;

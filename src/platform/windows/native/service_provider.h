@@ -1,0 +1,6 @@
+// IServiceProvider, from the system's own headers.
+#pragma once
+
+#include <objbase.h>
+
+#include <servprov.h>
