@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "framework/server_lock.h"
 #include "platform/published/audio_interfaces.h"
 #include "platform/reference_count.h"
 
@@ -59,6 +60,7 @@ private:
     [[nodiscard]] const WAVEFORMATEX& wave() const noexcept;
     [[nodiscard]] published::UNCOMPRESSEDAUDIOFORMAT uncompressed() const noexcept;
 
+    const framework::ServerLock serverLock;  ///< A host may keep a type longer than the object that made it.
     std::atomic<std::uint32_t> referenceCount{0};
     const std::uint32_t isCompressed;     ///< 0 or 1.
     const std::vector<std::byte> format;  ///< A `WAVEFORMATEX` and what follows it.

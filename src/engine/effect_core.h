@@ -18,9 +18,12 @@
 #include "framework/nested_watch.h"
 #include "framework/wiring.h"
 #include "params/effects_store_provider.h"
+#include "platform/host_event.h"
 #include "platform/module_library.h"
 #include "platform/published/audio_interfaces.h"
 #include "platform/published/audio_notifications.h"
+#include "platform/published/audio_object_records.h"
+#include "platform/published/audio_services.h"
 #include "platform/published/device_interfaces.h"
 #include "platform/unicode.h"
 #include "rt/rt_processor.h"
@@ -73,6 +76,8 @@ using PlaneLevels = std::array<float, rt::planeCount>;
 ///     stream_lock         the formats and the life of a stream
 ///     notifications       what the system tells
 ///     diagnostics         what a module is asked for
+///     initialization      what the audio engine sets an object up with
+///     effects_list        what an object says of its effects
 ///     effect_core         construction and close
 ///
 /// Thread safety: all is the owner's, which has a dispatcher, but `realtime`, which has its own rules.
@@ -83,6 +88,22 @@ public:
     explicit EffectCore(std::uint32_t type, Surroundings found = {});
 
     static void describeMembers(framework::ClassInfo& info);
+
+    /// Takes in the record with which the audio engine sets an object up: the endpoint, the stream's mode and
+    /// services. `dataSize` tells which generation's record it is; the first one's, and any other size,
+    /// changes nothing and is S_OK. May come again, also while a stream runs. What was set before a failure
+    /// stays set.
+    ///
+    /// E_INVALIDARG without a record or its property stores, for a mode that isn't known, and for an object
+    /// that is no effect; else what the second generation's store said of the system's switch for effects, or
+    /// the third one's work queue of itself.
+    [[nodiscard]] HRESULT initializeApo(std::uint32_t dataSize, const BYTE* data);
+
+    /// Lists the types of effects that an object of this kind may run; none for a stream that is to stay raw.
+    /// The list never changes, so `changed`, of which a handle of our own is kept until the next call that
+    /// brings one, is never signalled. E_POINTER, E_OUTOFMEMORY, or why the event can't be had: the outputs
+    /// are untouched in the last case.
+    [[nodiscard]] HRESULT getEffectsList(LPGUID* effectIds, UINT* effectCount, HANDLE changed);
 
     /// Begins a stream with the formats of the first connections, and starts the engine unless it runs at
     /// that rate already. While a stream is locked, its next buffer is taken for its first one again, and
@@ -100,6 +121,10 @@ public:
                                                   published::IAudioMediaType* requested,
                                                   published::IAudioMediaType** supported);
 
+    /// Which notifications the object wants: so far none. E_POINTER for a null pointer.
+    [[nodiscard]] HRESULT getApoNotificationRegistrationInfo(
+        published::APO_NOTIFICATION_DESCRIPTOR** descriptors, DWORD* count) const;
+
     /// What the system tells. Only what concerns the own endpoint counts.
     void onApoNotification(const published::APO_NOTIFICATION& notification);
     /// An effect property has changed, or may have: repeats are harmless.
@@ -107,6 +132,15 @@ public:
 
     /// The real-time section: `Process` is the audio thread's.
     [[nodiscard]] rt::RtProcessor& realtime() noexcept { return processor; }
+
+    /// What the stream is for, as the last record said; all zero before.
+    [[nodiscard]] const GUID& streamMode() const noexcept { return processingMode; }
+    /// The system's queue for work in real time; 0 if it told none.
+    [[nodiscard]] DWORD workQueue() const noexcept { return rtWorkQueue; }
+    [[nodiscard]] const framework::Ref<published::IAudioProcessingObjectLoggingService>& logging()
+        const noexcept {
+        return loggingService;
+    }
 
     [[nodiscard]] const EngineControls& engineControls() const noexcept { return controls; }
 
@@ -184,6 +218,13 @@ private:
     void onClose() override;
     void clearChain();
 
+    // initialization.cpp
+    [[nodiscard]] HRESULT initialize(const published::APOInitSystemEffects2& record);
+    [[nodiscard]] HRESULT initialize(const published::APOInitSystemEffects3& record);
+    [[nodiscard]] HRESULT findWorkQueue(IServiceProvider* services);
+    [[nodiscard]] HRESULT takeMode();
+    [[nodiscard]] bool isRaw() const noexcept;
+
     // endpoint_chain.cpp
     void deriveEndpointChain();
     [[nodiscard]] framework::Ref<IMMDeviceEnumerator> newEnumerator(const std::string& endpointId) const;
@@ -239,6 +280,14 @@ private:
     services::InstanceNumber number;
     framework::Held<params::FxPropertySets> fallbackStore;  ///< The own provider that `effectsStore` is.
     framework::Held<params::FxPropertySets> incomingFallbackStore;  ///< While `effectsStore` changes.
+
+    GUID processingMode{};
+    DWORD rtWorkQueue = 0;
+    framework::Ref<published::IAudioProcessingObjectLoggingService> loggingService;
+    platform::HostEvent effectsChanged;
+    /// The device of whose changes the system is to tell. Nothing sets it: the sets of properties are
+    /// watched, and a host that sends notifications all the same is listened to.
+    framework::Ref<IMMDevice> notifyingDevice;
 
     framework::Held<DspEngine> rtEngine;              ///< For the real-time section; from start to stop.
     std::shared_ptr<const ChunkReaders> sentReaders;  ///< Those whose parameters are sent.

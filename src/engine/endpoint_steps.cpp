@@ -83,6 +83,16 @@ std::string guidTextIn(std::string_view endpointId) {
     return {};
 }
 
+platform::WideString identifierOf(IMMDevice* device) {
+    LPWSTR text = nullptr;
+    if (device == nullptr || published::failed(device->GetId(&text)) || text == nullptr) {
+        return {};
+    }
+    platform::WideString identifier = text;
+    CoTaskMemFree(text);
+    return identifier;
+}
+
 Ref<IMMDevice> deviceOf(const Ref<IMMDeviceEnumerator>& devices, const std::string& endpointId) {
     IMMDevice* device = nullptr;
     if (!devices || endpointId.empty() ||

@@ -26,6 +26,9 @@ using EffectsStore = framework::Ref<published::IAudioSystemEffectsPropertyStore>
 /// The identifier in UTF-8; empty for an object that is closed.  [any]
 [[nodiscard]] std::string endpointIdOf(const platform::WideString& identifier, bool isAlive);
 
+/// What a device calls itself; empty for null, and for one that doesn't tell.  [any]
+[[nodiscard]] platform::WideString identifierOf(IMMDevice* device);
+
 /// The first GUID in braces that an identifier has, braces included; empty without one.  [any]
 [[nodiscard]] std::string guidTextIn(std::string_view endpointId);
 

@@ -19,21 +19,6 @@ using platform::PropertyValue;
 
 namespace {
 
-/// {1DA5D803-D492-4EDD-8C23-E0C0FFEE7F0E}, 5: PKEY_AudioEndpoint_Disable_SysFx.
-constexpr PROPERTYKEY disableSysFxKey = {
-    {0x1DA5D803, 0xD492, 0x4EDD, {0x8C, 0x23, 0xE0, 0xC0, 0xFF, 0xEE, 0x7F, 0x0E}}, 5};
-
-/// Empty if the endpoint doesn't tell.
-platform::WideString identifierOf(IMMDevice* endpoint) {
-    LPWSTR text = nullptr;
-    if (endpoint == nullptr || published::failed(endpoint->GetId(&text)) || text == nullptr) {
-        return {};
-    }
-    platform::WideString identifier = text;
-    CoTaskMemFree(text);
-    return identifier;
-}
-
 /// What is stored as a text; nothing of anything else, nor where a store has no such value.
 std::optional<platform::WideString> textAt(IPropertyStore& store, REFPROPERTYKEY key) {
     PropertyValue value;
@@ -81,7 +66,7 @@ void EffectCore::onVolumeChange(const published::AUDIO_ENDPOINT_VOLUME_CHANGE_NO
 }
 
 void EffectCore::onEndpointProperty(const published::AUDIO_ENDPOINT_PROPERTY_CHANGE_NOTIFICATION& change) {
-    if (!isOwnEndpoint(change.endpoint) || !(change.propertyKey == disableSysFxKey)) {
+    if (!isOwnEndpoint(change.endpoint) || !(change.propertyKey == params::disableSysFxKey)) {
         return;
     }
     postAndForget([self = framework::WeakRef<EffectCore>(*this),

@@ -29,6 +29,10 @@ inline constexpr PROPERTYKEY hardwarePulseKey = {selectionFormat, 7};
 /// A list of strings: the endpoint's clients.
 inline constexpr PROPERTYKEY clientListKey = {selectionFormat, 8};
 
+/// VT_UI4: 1 where the system has the endpoint's effects turned off (PKEY_AudioEndpoint_Disable_SysFx).
+inline constexpr PROPERTYKEY disableSysFxKey = {
+    {0x1DA5D803, 0xD492, 0x4EDD, {0x8C, 0x23, 0xE0, 0xC0, 0xFF, 0xEE, 0x7F, 0x0E}}, 5};
+
 /// The properties under that GUID.
 namespace effect_property {
 inline constexpr DWORD presetVersion = 0;  ///< VT_UI4
