@@ -19,6 +19,7 @@ set(object_tests
     observable_threads_test.cpp
     observable_values_test.cpp
     ref_test.cpp
+    server_lock_test.cpp
     shared_bytes_test.cpp
     slot_table_test.cpp
     weak_reference_test.cpp
