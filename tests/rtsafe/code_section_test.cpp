@@ -16,13 +16,13 @@ namespace {
 constexpr std::string_view section = "rt_code";
 
 /// Objects that hold functions of the audio thread.
-constexpr std::array<std::string_view, 14> realtimeObjects = {
-    "channel_mixer.cpp.o",  "direct_copy.cpp.o",       "fold_plan.cpp.o",    "gain_ramp.cpp.o",
-    "kernels.cpp.o",        "kernels_plain.cpp.o",     "kernels_sse2.cpp.o", "kernels_avx2.cpp.o",
-    "kernels_avx512.cpp.o", "level_meter.cpp.o",       "rt_processor.cpp.o", "sample_tap.cpp.o",
-    "stereo_shapes.cpp.o",  "dsp_engine_process.cpp.o"};
+constexpr std::array<std::string_view, 15> realtimeObjects = {
+    "channel_mixer.cpp.o",  "direct_copy.cpp.o",        "fold_plan.cpp.o",    "gain_ramp.cpp.o",
+    "kernels.cpp.o",        "kernels_plain.cpp.o",      "kernels_sse2.cpp.o", "kernels_avx2.cpp.o",
+    "kernels_avx512.cpp.o", "level_meter.cpp.o",        "rt_processor.cpp.o", "sample_tap.cpp.o",
+    "stereo_shapes.cpp.o",  "dsp_engine_process.cpp.o", "realtime_face.cpp.o"};
 
-constexpr std::array libraries = {KORVA_RT_LIBRARY, KORVA_ENGINE_LIBRARY};
+constexpr std::array libraries = {KORVA_RT_LIBRARY, KORVA_ENGINE_LIBRARY, KORVA_APO_LIBRARY};
 
 /// Functions in those objects that the owner calls, and no call of the audio thread.
 constexpr std::array<std::string_view, 10> ownersFunctions = {"korva::rt::GainRampState::GainRampState(",
@@ -105,10 +105,12 @@ TEST(CodeSection, HoldsTheCallAndItsStagesByName) {
         }
     }
 
-    for (const char* name : {"korva::rt::RtProcessor::Process", "korva::rt::RtProcessor::processBlock",
-                             "korva::rt::ChannelMixer", "korva::rt::LevelMeter", "korva::rt::GainRamp",
-                             "korva::rt::writeTap", "korva::rt::directCopy", "korva::rt::chosenKernels",
-                             "korva::engine::DspEngine::Process", "korva::engine::DspEngine::Capture"}) {
+    for (const char* name :
+         {"korva::rt::RtProcessor::Process", "korva::rt::RtProcessor::processBlock",
+          "korva::rt::ChannelMixer", "korva::rt::LevelMeter", "korva::rt::GainRamp", "korva::rt::writeTap",
+          "korva::rt::directCopy", "korva::rt::chosenKernels", "korva::engine::DspEngine::Process",
+          "korva::engine::DspEngine::Capture", "korva::apo::RealtimeFace::APOProcess",
+          "korva::apo::RealtimeFace::CalcInputFrames", "korva::apo::RealtimeFace::CalcOutputFrames"}) {
         EXPECT_TRUE(names.contains(name)) << name;
     }
 }
