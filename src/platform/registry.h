@@ -70,7 +70,8 @@ enum class RegistryRoot : std::uint32_t {
 /// What an open key may be used for, in the numbers of Windows.
 enum class RegistryAccess : std::uint32_t {
     read = 0x20019,       ///< KEY_READ
-    readWrite = 0x2001F,  ///< KEY_READ, and to change values and sub-keys.
+    write = 0x20006,      ///< KEY_WRITE: to change values and sub-keys; to read or watch gives 5.
+    readWrite = 0x2001F,  ///< Both.
 };
 
 /// A value as it is stored: any bytes of any length under any type.

@@ -189,6 +189,51 @@ TEST_F(RegistryTest, LetsAReadingKeyChangeNothing) {
     EXPECT_EQ(dataOf(key, "v"), bytes({1, 0, 0, 0}));
 }
 
+TEST_F(RegistryTest, LetsAWritingKeyTellNothing) {
+    setNumber(made("sub"), "v", 1);
+    setNumber(key, "v", 1);
+    RegistryKey writing;
+    ASSERT_EQ(key.open("", RegistryAccess::write, writing), success);
+
+    RegistryValue value;
+    std::string name;
+    RegistryWatch watch;
+    EXPECT_EQ(writing.readValue("v", value), accessDenied);
+    EXPECT_EQ(writing.valueName(0, 100, name), accessDenied);
+    EXPECT_EQ(writing.keyName(0, name), accessDenied);
+    EXPECT_EQ(watch.arm(writing), accessDenied);
+    EXPECT_TRUE(value.data.empty());
+    EXPECT_TRUE(name.empty());
+}
+
+TEST_F(RegistryTest, LetsAWritingKeyChangeValuesAndSubKeys) {
+    made("old\\below");
+    made("single");
+    setNumber(key, "gone", 1);
+    RegistryKey writing;
+    ASSERT_EQ(machine.create(own.key(), RegistryAccess::write, writing), success);
+
+    RegistryKey opened;
+    EXPECT_EQ(writing.setValue("v", registry_type::binary, bytes({7})), success);
+    EXPECT_EQ(writing.deleteValue("gone"), success);
+    EXPECT_EQ(writing.create("new", RegistryAccess::write, opened), success);
+    EXPECT_EQ(writing.deleteTree("old"), success);
+    EXPECT_EQ(writing.deleteKey("single"), success);
+
+    EXPECT_EQ(dataOf(key, "v"), bytes({7}));
+    EXPECT_EQ(valueNames(key), std::vector<std::string>{"v"});
+    EXPECT_EQ(keyNames(key), std::vector<std::string>{"new"});
+}
+
+TEST_F(RegistryTest, RefusesAWritingKeyThatPointsElsewhere) {
+    makeLink(made("link"));
+
+    RegistryKey opened;
+    EXPECT_EQ(key.open("link", RegistryAccess::write, opened), isLink);
+    EXPECT_EQ(key.create("link", RegistryAccess::write, opened), isLink);
+    EXPECT_FALSE(opened);
+}
+
 TEST_F(RegistryTest, LetsAReadingKeyReadAndOpenWhatIsBelow) {
     setNumber(made("sub"), "v", 1);
     RegistryKey reading;

@@ -51,10 +51,14 @@ public:
     }
 
     [[nodiscard]] embedded::KeyId id() const noexcept { return chain.back(); }
-    [[nodiscard]] bool mayWrite() const noexcept { return access == RegistryAccess::readWrite; }
+    [[nodiscard]] bool mayWrite() const noexcept { return access != RegistryAccess::read; }
+    [[nodiscard]] bool mayRead() const noexcept { return access != RegistryAccess::write; }
 
     /// The name of the value at `index`, from names that are read again only after a change below the key.
     [[nodiscard]] RegistryResult valueName(std::size_t index, std::size_t capacity, std::string& name) const {
+        if (!mayRead()) {
+            return accessDenied;
+        }
         const std::lock_guard guard(namesMutex);
         if (const RegistryResult result = database->reader.refresh(id(), names); result != success) {
             return result;
@@ -171,7 +175,10 @@ RegistryResult RegistryKey::readValue(std::string_view name, RegistryValue& valu
     }
     return answer([&] {
         const auto folded = embedded::foldedName(name, embedded::longestValueName);
-        return folded ? key->database->reader.readValue(key->id(), *folded, value) : invalidParameter;
+        if (!folded) {
+            return invalidParameter;
+        }
+        return key->mayRead() ? key->database->reader.readValue(key->id(), *folded, value) : accessDenied;
     });
 }
 
@@ -208,8 +215,12 @@ RegistryResult RegistryKey::valueName(std::uint32_t index, std::size_t capacity,
 }
 
 RegistryResult RegistryKey::keyName(std::uint32_t index, std::string& name) const {
-    return key == nullptr ? invalidHandle
-                          : answer([&] { return key->database->reader.keyName(key->id(), index, name); });
+    if (key == nullptr) {
+        return invalidHandle;
+    }
+    return answer([&] {
+        return key->mayRead() ? key->database->reader.keyName(key->id(), index, name) : accessDenied;
+    });
 }
 
 RegistryResult RegistryKey::flush() const {
@@ -264,7 +275,9 @@ RegistryResult RegistryWatch::arm(const RegistryKey& key) {
     if (!key) {
         return invalidHandle;
     }
-    return answer([&] { return signal->arm(key.key->database, key.key->id()); });
+    return answer([&] {
+        return key.key->mayRead() ? signal->arm(key.key->database, key.key->id()) : accessDenied;
+    });
 }
 
 WaitHandle RegistryWatch::handle() const noexcept {

@@ -38,7 +38,7 @@ public:
     }
 
     /// The system looks at this for values only: to make and delete keys it asks what the user may do.
-    [[nodiscard]] bool mayWrite() const noexcept { return access == RegistryAccess::readWrite; }
+    [[nodiscard]] bool mayWrite() const noexcept { return access != RegistryAccess::read; }
 
     HKEY const handle;
 
@@ -106,10 +106,27 @@ std::optional<WideString> pathBelow(std::string_view utf8) {
     return utf8.empty() ? std::nullopt : pathOf(utf8);
 }
 
+/// What the look for the mark of a link gives. A key that may only be written is opened once more for it.
+LSTATUS findLinkValue(HKEY handle, Access access) {
+    HKEY reading = handle;
+    if (access == Access::write) {
+        const LSTATUS failed =
+            RegOpenKeyExW(handle, nullptr, REG_OPTION_OPEN_LINK, KEY_QUERY_VALUE, &reading);
+        if (failed != ERROR_SUCCESS) {
+            return failed;
+        }
+    }
+    const LSTATUS found = RegQueryValueExW(reading, linkValue, nullptr, nullptr, nullptr, nullptr);
+    if (reading != handle) {
+        RegCloseKey(reading);
+    }
+    return found;
+}
+
 /// Takes an open key over: refused if it points elsewhere.
 Result keepUnlessLink(HKEY handle, Access access, RegistryKey& opened) {
     RegistryKey key = OpenRegistryKey::share(handle, access);
-    const LSTATUS linked = RegQueryValueExW(handle, linkValue, nullptr, nullptr, nullptr, nullptr);
+    const LSTATUS linked = findLinkValue(handle, access);
     if (linked == ERROR_SUCCESS) {
         return result::isLink;
     }
