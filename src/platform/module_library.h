@@ -42,7 +42,11 @@ private:
 /// `std::length_error` for a name longer than 2^31 - 1 bytes.  [any]
 [[nodiscard]] std::filesystem::path libraryPath(const std::filesystem::path& folder, std::string_view name);
 
-/// The folder of the library, or program, that this is linked into. Empty if the system doesn't tell.  [any]
+/// The whole path of the library, or program, that this is linked into, by the name that it was loaded by.
+/// Empty if the system doesn't tell.  [any]
+[[nodiscard]] std::filesystem::path ownLibraryPath();
+
+/// Its folder.  [any]
 [[nodiscard]] std::filesystem::path ownLibraryFolder();
 
 }  // namespace korva::platform

@@ -59,10 +59,7 @@ DWORD leadingNumber(std::string_view text) noexcept {
     return number;
 }
 
-}  // namespace
-
-std::string guidText(const GUID& guid) {
-    constexpr std::string_view digits = "0123456789abcdef";
+std::string guidTextIn(std::string_view digits, const GUID& guid) {
     const TextBytes bytes = textBytesOf(guid);
     std::string text = "{";
     for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -73,6 +70,16 @@ std::string guidText(const GUID& guid) {
         text += digits[bytes[i] & 15];
     }
     return text + "}";
+}
+
+}  // namespace
+
+std::string guidText(const GUID& guid) {
+    return guidTextIn("0123456789abcdef", guid);
+}
+
+std::string upperGuidText(const GUID& guid) {
+    return guidTextIn("0123456789ABCDEF", guid);
 }
 
 GUID GuidFromText(std::string_view text) noexcept {

@@ -11,6 +11,9 @@ namespace korva::platform {
 /// The 38 characters of a GUID in lower case: {6dcc1ac8-4a3c-4a98-a3a7-f967127d5763}.  [any]
 [[nodiscard]] std::string guidText(const GUID& guid);
 
+/// The same in capitals, as classes and what belongs to them are registered.  [any]
+[[nodiscard]] std::string upperGuidText(const GUID& guid);
+
 /// The GUID that the hexadecimal digits of `text` make up, in the order of the text form; all other
 /// characters are skipped, braces and hyphens like any letter past f. All zero unless there are exactly 32.
 /// [any]

@@ -189,12 +189,46 @@ TEST(LibraryPath, RaisesForANameLongerThan31Bits) {
 
 /// What a copy of the library says that is loaded by that path, asked while another folder is the current
 /// one.
-fs::path folderToldBy(const fs::path& library, const fs::path& currentWhenAsked) {
+fs::path toldBy(const char* function, const fs::path& library, const fs::path& currentWhenAsked) {
     const LoadedLibrary loaded(library.string());
     const CurrentFolder current(currentWhenAsked);
     std::array<char, 1000> text{};
-    const auto tell = loaded.function<std::size_t(char*, std::size_t)>("tellOwnFolder");
+    const auto tell = loaded.function<std::size_t(char*, std::size_t)>(function);
     return std::string(text.data(), tell(text.data(), text.size()));
+}
+
+fs::path folderToldBy(const fs::path& library, const fs::path& currentWhenAsked) {
+    return toldBy("tellOwnFolder", library, currentWhenAsked);
+}
+
+TEST(OwnLibraryPath, OfAProgramIsThePrograms) {
+    EXPECT_TRUE(ownLibraryPath().is_absolute());
+    EXPECT_EQ(ownLibraryPath().stem(), "korva_platform_test");
+    EXPECT_TRUE(fs::equivalent(ownLibraryPath().parent_path(), KORVA_PROGRAM_FOLDER)) << ownLibraryPath();
+}
+
+TEST(OwnLibraryPath, OfALibraryIsTheLibrarys) {
+    const OwnFolder folder;
+    const fs::path library = folder.putLibrary(KORVA_FOLDER_LIBRARY, "a library");
+
+    const fs::path told = toldBy("tellOwnPath", library, fs::temp_directory_path());
+
+    EXPECT_TRUE(told.is_absolute());
+    EXPECT_TRUE(fs::equivalent(told, library)) << told;
+}
+
+TEST(OwnLibraryPath, OfALibraryThatWasLoadedByARelativePathIsWhole) {
+    const OwnFolder folder;
+    const OwnFolder elsewhere;
+    fs::create_directory(folder.path() / "deeper");
+    const fs::path library = folder.putLibrary(KORVA_FOLDER_LIBRARY, "deeper/library");
+    const CurrentFolder current(folder.path());
+    const fs::path relative = (fs::path(".") / "deeper" / ("library" + suffix)).make_preferred();
+
+    const fs::path told = toldBy("tellOwnPath", relative, elsewhere.path());
+
+    EXPECT_TRUE(told.is_absolute());
+    EXPECT_TRUE(fs::equivalent(told, library)) << told;
 }
 
 TEST(OwnLibraryFolder, OfAProgramIsThePrograms) {

@@ -10,6 +10,11 @@ namespace {
 constexpr GUID selection = {0x6DCC1AC8, 0x4A3C, 0x4A98, {0xA3, 0xA7, 0xF9, 0x67, 0x12, 0x7D, 0x57, 0x63}};
 constexpr const char* selectionText = "{6dcc1ac8-4a3c-4a98-a3a7-f967127d5763}";
 
+TEST(UpperGuidText, HasCapitals) {
+    EXPECT_EQ(upperGuidText({0x6DCC1AC8, 0x4A3C, 0x4A98, {0xA3, 0xA7, 0xF9, 0x67, 0x12, 0x7D, 0x57, 0x63}}),
+              "{6DCC1AC8-4A3C-4A98-A3A7-F967127D5763}");
+}
+
 TEST(PropertyKey, AGuidsTextIsInLowerCaseWithBracesAndHyphens) {
     EXPECT_EQ(guidText(selection), selectionText);
     EXPECT_EQ(guidText(GUID{}), "{00000000-0000-0000-0000-000000000000}");

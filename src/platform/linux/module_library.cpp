@@ -60,11 +60,11 @@ std::filesystem::path libraryPath(const std::filesystem::path& folder, std::stri
     return file.has_root_path() || hasDrive(name) ? file : folder / file;
 }
 
-std::filesystem::path ownLibraryFolder() {
+std::filesystem::path ownLibraryPath() {
     const char* const name = ownLibraryName();
     if (name == nullptr) {
         std::error_code none;
-        return std::filesystem::read_symlink("/proc/self/exe", none).parent_path();
+        return std::filesystem::read_symlink("/proc/self/exe", none);
     }
     // The name may be relative to what was the current folder then; the loader has remembered the folder
     // whole.
@@ -74,7 +74,11 @@ std::filesystem::path ownLibraryFolder() {
     if (library != nullptr) {
         dlclose(library);
     }
-    return isKnown ? std::filesystem::path(folder.data()) : std::filesystem::path();
+    return isKnown ? folder.data() / std::filesystem::path(name).filename() : std::filesystem::path();
+}
+
+std::filesystem::path ownLibraryFolder() {
+    return ownLibraryPath().parent_path();
 }
 
 }  // namespace korva::platform

@@ -275,9 +275,8 @@ RegistryResult RegistryWatch::arm(const RegistryKey& key) {
     if (!key) {
         return invalidHandle;
     }
-    return answer([&] {
-        return key.key->mayRead() ? signal->arm(key.key->database, key.key->id()) : accessDenied;
-    });
+    return answer(
+        [&] { return key.key->mayRead() ? signal->arm(key.key->database, key.key->id()) : accessDenied; });
 }
 
 WaitHandle RegistryWatch::handle() const noexcept {

@@ -7,6 +7,8 @@
 #include <string>
 #include <system_error>
 
+#include "platform/windows/own_library.h"
+
 namespace korva::platform {
 namespace {
 
@@ -37,13 +39,6 @@ std::wstring wideName(std::string_view name) {
     return wide;
 }
 
-HMODULE ownModule() noexcept {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&ownModule), &module);
-    return module;
-}
-
 }  // namespace
 
 ModuleLibrary ModuleLibrary::load(const std::filesystem::path& file) noexcept {
@@ -67,7 +62,7 @@ std::filesystem::path libraryPath(const std::filesystem::path& folder, std::stri
     return file.has_root_path() ? file : folder / file;
 }
 
-std::filesystem::path ownLibraryFolder() {
+std::filesystem::path ownLibraryPath() {
     HMODULE const module = ownModule();
     // A path that doesn't fit is cut to the buffer's size.
     std::wstring file(MAX_PATH, L'\0');
@@ -77,7 +72,11 @@ std::filesystem::path ownLibraryFolder() {
         length = GetModuleFileNameW(module, file.data(), static_cast<DWORD>(file.size()));
     }
     file.resize(length);
-    return std::filesystem::path(file).parent_path();
+    return file;
+}
+
+std::filesystem::path ownLibraryFolder() {
+    return ownLibraryPath().parent_path();
 }
 
 }  // namespace korva::platform
