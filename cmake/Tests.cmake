@@ -4,10 +4,10 @@ set(BUILD_GMOCK OFF CACHE BOOL "" FORCE)
 set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 
-# korva_test(NAME LABEL label SOURCES ... LIBRARIES ...): a GoogleTest program, each of its tests known to
-# ctest as <label>.<suite>.<name>.
+# korva_test(NAME LABEL label [RESOURCE_LOCK name] SOURCES ... LIBRARIES ...): a GoogleTest program, each of its tests
+# known to ctest as <label>.<suite>.<name>. Of those with a lock of one name, one runs at a time.
 function(korva_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "SOURCES;LIBRARIES;DEFINITIONS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL;RESOURCE_LOCK" "SOURCES;LIBRARIES;DEFINITIONS")
     add_executable(${name} ${arg_SOURCES})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_definitions(${name} PRIVATE ${arg_DEFINITIONS})
@@ -27,9 +27,13 @@ function(korva_test name)
     elseif(CMAKE_BUILD_TYPE STREQUAL Release)
         target_compile_options(${name} PRIVATE -O1)
     endif()
+    set(lock)
+    if(arg_RESOURCE_LOCK)
+        set(lock RESOURCE_LOCK ${arg_RESOURCE_LOCK})
+    endif()
     gtest_discover_tests(${name}
         TEST_PREFIX "${arg_LABEL}."
-        PROPERTIES LABELS ${arg_LABEL}
+        PROPERTIES LABELS ${arg_LABEL} ${lock}
         DISCOVERY_TIMEOUT 60
         NO_PRETTY_VALUES)
 endfunction()

@@ -1,5 +1,6 @@
 // What the library exports: the entry points of an in-process server.
 #include "apo/class_object.h"
+#include "apo/registration/server_registration.h"
 #include "platform/published/results.h"
 
 extern "C" {
@@ -10,5 +11,13 @@ HRESULT STDMETHODCALLTYPE DllGetClassObject(REFCLSID clsid, REFIID id, void** ob
 
 HRESULT STDMETHODCALLTYPE DllCanUnloadNow() {
     return korva::apo::isInUse() ? korva::published::okButNo : korva::published::ok;
+}
+
+HRESULT STDMETHODCALLTYPE DllRegisterServer() {
+    return korva::apo::registerServer();
+}
+
+HRESULT STDMETHODCALLTYPE DllUnregisterServer() {
+    return korva::apo::unregisterServer();
 }
 }
