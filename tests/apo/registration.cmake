@@ -19,3 +19,30 @@ korva_test(korva_registration_test
         server_registration_test.cpp
         ${registration_sources}
     LIBRARIES korva_registration korva_server_resources korva_test_registry ${registration_libraries})
+
+# What only Windows has: its own program that registers, COM, type libraries, and resources.
+if(KORVA_PLATFORM STREQUAL "windows")
+    add_executable(korva_class_user windows/class_user.cpp)
+    target_include_directories(korva_class_user PRIVATE ${PROJECT_SOURCE_DIR})
+    target_link_libraries(korva_class_user PRIVATE korva_options ole32)
+    korva_test(korva_server_library_test
+        LABEL wine
+        RESOURCE_LOCK korva_server
+        SOURCES windows/server_library_test.cpp
+        LIBRARIES korva_platform korva_test_run_program
+        DEFINITIONS
+            KORVA_CLASS_USER="$<TARGET_FILE:korva_class_user>"
+            KORVA_SERVER_LIBRARY="$<TARGET_FILE:KORVA>")
+    add_dependencies(korva_server_library_test korva_class_user KORVA)
+    korva_test(korva_library_file_test
+        LABEL wine
+        SOURCES
+            windows/library_file_test.cpp
+            windows/type_library_test.cpp
+        LIBRARIES ole32 oleaut32 version
+        DEFINITIONS KORVA_SERVER_LIBRARY="$<TARGET_FILE:KORVA>")
+    add_dependencies(korva_library_file_test KORVA)
+    add_test(NAME wine.KORVA.NeedsWhatEveryWindowsHas
+        COMMAND bash ${CMAKE_CURRENT_SOURCE_DIR}/windows/imports_test.sh ${CMAKE_OBJDUMP} $<TARGET_FILE:KORVA>)
+    set_tests_properties(wine.KORVA.NeedsWhatEveryWindowsHas PROPERTIES LABELS wine TIMEOUT 60)
+endif()
