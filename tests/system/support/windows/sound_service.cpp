@@ -5,6 +5,7 @@
 #include <objbase.h>
 
 #include <atomic>
+#include <cstring>
 #include <optional>
 #include <stdexcept>
 #include <string>
