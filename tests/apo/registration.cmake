@@ -20,7 +20,16 @@ korva_test(korva_registration_test
         ${registration_sources}
     LIBRARIES korva_registration korva_server_resources korva_test_registry ${registration_libraries})
 
-# What only Windows has: its own program that registers, COM, type libraries, and resources.
+# The library from outside; on Windows by what only that has: its own program that registers, COM, type libraries,
+# and resources.
+if(KORVA_PLATFORM STREQUAL "linux")
+    korva_test(korva_server_library_test
+        LABEL system
+        SOURCES linux/server_library_test.cpp
+        LIBRARIES korva_platform korva_test_loaded_library korva_test_own_folder korva_test_registry
+        DEFINITIONS KORVA_SERVER_LIBRARY="$<TARGET_FILE:KORVA>")
+    add_dependencies(korva_server_library_test KORVA)
+endif()
 if(KORVA_PLATFORM STREQUAL "windows")
     add_executable(korva_class_user windows/class_user.cpp)
     target_include_directories(korva_class_user PRIVATE ${PROJECT_SOURCE_DIR})

@@ -77,7 +77,6 @@ Step typeLibraryStep(const std::filesystem::path& library) {
 class ServerEntry {
 public:
     ServerEntry() {
-        const std::filesystem::path library = platform::ownLibraryPath();
         objects.push_back(listStep());
         for (const EffectClass* const effect : effectClasses) {
             objects.push_back(objectStep(*effect));
@@ -88,6 +87,9 @@ public:
     }
 
     HRESULT write() {
+        if (library.empty()) {
+            return published::unspecifiedFailure;
+        }
         HRESULT result = writeAll(objects);
         if (published::succeeded(result)) {
             const platform::SystemLocale locale;
@@ -137,6 +139,7 @@ private:
         return result;
     }
 
+    const std::filesystem::path library = platform::ownLibraryPath();
     std::vector<Step> objects;
     std::vector<Step> application;
     std::vector<Step> classes;
