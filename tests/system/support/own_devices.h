@@ -3,13 +3,12 @@
 
 #include <atomic>
 #include <cstring>
-#include <functional>
 #include <initializer_list>
-#include <map>
+#include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "platform/mutex.h"
 #include "platform/published/audio_services.h"
 #include "platform/published/device_interfaces.h"
 #include "platform/unicode.h"
@@ -89,7 +88,10 @@ public:
         return countTold;
     }
     HRESULT STDMETHODCALLTYPE Item(UINT index, IMMDevice** device) override {
-        asked.push_back(index);
+        {
+            const std::lock_guard guard(mutex);
+            asked.push_back(index);
+        }
         *device = index < devices.size() ? devices[index] : nullptr;
         if (*device != nullptr) {
             (*device)->AddRef();
@@ -100,9 +102,10 @@ public:
     UINT count;  ///< As it says, true or not.
     HRESULT countTold = result::ok;
     HRESULT itemTold = result::ok;
-    std::vector<UINT> asked;
+    std::vector<UINT> asked;  ///< To be read while nobody asks.
 
 private:
+    platform::Mutex mutex;
     const std::vector<IMMDevice*> devices;
 };
 
