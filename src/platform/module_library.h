@@ -37,6 +37,9 @@ private:
     void* handle = nullptr;
 };
 
+/// Whether this process has the file loaded, whoever did it.  [any]
+[[nodiscard]] bool isLibraryLoaded(const std::filesystem::path& file) noexcept;
+
 /// Where the library `name` lies for someone who looks in `folder`: there, with the system's suffix for
 /// libraries. A name that has a root or a drive stays as it is, but for the suffix. Raises
 /// `std::length_error` for a name longer than 2^31 - 1 bytes.  [any]

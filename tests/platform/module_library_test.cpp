@@ -93,6 +93,19 @@ TEST(ModuleLibrary, MovesWithItsReference) {
     EXPECT_FALSE(isLoaded(needing));
 }
 
+TEST(ModuleLibrary, IsKnownToBeLoadedByWhoDoesNotHoldIt) {
+    EXPECT_FALSE(isLibraryLoaded(needing));
+    EXPECT_FALSE(isLoaded(needing));
+    {
+        const LoadedLibrary others(needing);
+        EXPECT_TRUE(isLibraryLoaded(needing));
+        EXPECT_TRUE(isLibraryLoaded(needing));
+    }
+    EXPECT_FALSE(isLibraryLoaded(needing));
+    EXPECT_FALSE(isLibraryLoaded("none" + suffix));
+    EXPECT_FALSE(isLibraryLoaded(""));
+}
+
 TEST(ModuleLibrary, FindsWhatTheLibraryItselfExportsOnly) {
     const ModuleLibrary library = ModuleLibrary::load(needing);
     const ModuleLibrary other = ModuleLibrary::load(KORVA_NEEDED_LIBRARY);

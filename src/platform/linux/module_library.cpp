@@ -52,6 +52,14 @@ void ModuleLibrary::unload() noexcept {
     }
 }
 
+bool isLibraryLoaded(const std::filesystem::path& file) noexcept {
+    void* const library = file.is_absolute() ? dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD) : nullptr;
+    if (library != nullptr) {
+        dlclose(library);
+    }
+    return library != nullptr;
+}
+
 std::filesystem::path libraryPath(const std::filesystem::path& folder, std::string_view name) {
     if (name.size() > static_cast<std::size_t>(INT32_MAX)) {
         throw std::length_error("a library's name is too long");

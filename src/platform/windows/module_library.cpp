@@ -57,6 +57,12 @@ void ModuleLibrary::unload() noexcept {
     }
 }
 
+bool isLibraryLoaded(const std::filesystem::path& file) noexcept {
+    HMODULE module = nullptr;
+    return file.has_root_path() &&
+           GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, file.c_str(), &module) != FALSE;
+}
+
 std::filesystem::path libraryPath(const std::filesystem::path& folder, std::string_view name) {
     const std::filesystem::path file = wideName(name) + L".dll";
     return file.has_root_path() ? file : folder / file;

@@ -1,7 +1,7 @@
 // An audio endpoint as a device.
 #pragma once
 
-#include "audio_devices/counted_object.h"
+#include "platform/counted_object.h"
 #include "platform/endpoint_place.h"
 #include "platform/registry.h"
 

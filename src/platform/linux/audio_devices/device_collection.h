@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "audio_devices/counted_object.h"
+#include "platform/counted_object.h"
 #include "platform/published/device_interfaces.h"
 
 namespace korva::platform::devices {

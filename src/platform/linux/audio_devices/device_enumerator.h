@@ -4,8 +4,8 @@
 #include <memory>
 #include <utility>
 
-#include "audio_devices/counted_object.h"
 #include "audio_devices/device_listeners.h"
+#include "platform/counted_object.h"
 #include "platform/mutex.h"
 
 namespace korva::platform::devices {

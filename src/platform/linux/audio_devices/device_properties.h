@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "audio_devices/counted_object.h"
+#include "platform/counted_object.h"
 #include "platform/published/property_interfaces.h"
 #include "platform/registry.h"
 

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string_view>
 
-#include "audio_devices/counted_object.h"
 #include "audio_devices/volume_listeners.h"
+#include "platform/counted_object.h"
 #include "platform/endpoint_values.h"
 
 namespace korva::platform::devices {

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "audio_devices/counted_object.h"
+#include "platform/counted_object.h"
 #include "platform/mutex.h"
 #include "platform/registry.h"
 #include "platform/wait_handles.h"

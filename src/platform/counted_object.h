@@ -8,7 +8,7 @@
 #include "platform/published/unknown.h"
 #include "platform/reference_count.h"
 
-namespace korva::platform::devices {
+namespace korva::platform {
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"  // published interfaces have no destructor
@@ -84,4 +84,4 @@ template <class T>
     return Reference<T>(&object);
 }
 
-}  // namespace korva::platform::devices
+}  // namespace korva::platform
