@@ -25,8 +25,9 @@ TEST_F(CommandLine, HelpOfProcessNamesEveryOptionAndGivesAnExample) {
     const Outcome outcome = runTool({"process", "--help"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.error, "");
-    for (const char* const part : {"IN", "OUT", "--effect", "--output-layout", "--buffer", "--meters",
-                                   "--json", "--quiet", "Example", "korva process film.wav"}) {
+    for (const char* const part :
+         {"IN", "OUT", "--effect", "--output-layout", "--library", "--generation", "--buffer", "--meters",
+          "--json", "--quiet", "Example", "korva process film.wav"}) {
         EXPECT_NE(outcome.output.find(part), std::string::npos) << part;
     }
 }

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "rt/kernels/kernels.h"
@@ -50,7 +51,7 @@ TEST_F(ProcessReport, JsonTellsTheWork) {
     EXPECT_EQ(json["frames"], 1000);
     EXPECT_EQ(json["buffers"], 3);
     EXPECT_EQ(json["bufferFrames"], 480);
-    EXPECT_TRUE(json["codeLocked"].is_boolean());
+    EXPECT_EQ(json["library"], KORVA_LIBRARY);
     EXPECT_TRUE(json["peaks"].is_null());
 }
 
@@ -108,6 +109,18 @@ TEST_F(ProcessReport, MetersTellTheHighestLevelOfEachSpeaker) {
     EXPECT_EQ(peaks["output"][1]["level"].get<float>(), highest(out, 1));
 }
 
+TEST_F(ProcessReport, MetersPassOverWhatIsNoNumber) {
+    constexpr float none = std::numeric_limits<float>::quiet_NaN();
+    constexpr float most = std::numeric_limits<float>::infinity();
+    writeSound(path("in.wav"), Sound{.channels = 2, .samples = {none, most, -0.5F, none, none, -most}});
+    const Outcome outcome = runTool({"process", path("in.wav"), path("out.wav"), "--meters", "--json"});
+    const Json peaks = Json::parse(outcome.output)["peaks"];
+    for (const char* const side : {"input", "output"}) {
+        EXPECT_EQ(peaks[side][0]["level"], 0.5);
+        EXPECT_TRUE(peaks[side][1]["level"].is_null());
+    }
+}
+
 TEST_F(ProcessReport, MetersOfSilenceHaveNoDecibels) {
     writeSound(path("in.wav"), Sound{.channels = 1, .samples = std::vector<float>(100)});
     const Outcome outcome = runTool({"process", path("in.wav"), path("out.wav"), "--meters", "--json"});
@@ -131,8 +144,8 @@ TEST_F(ProcessReport, TextTellsTheSame) {
     EXPECT_EQ(outcome.error, "");
     for (const char* const part :
          {"in.wav", "8 channels, 48000 Hz, 7.1 (0x63F)", "out.wav", "2 channels, 48000 Hz, stereo (0x3)",
-          "sfx", "1000 frames", "3 of 480 frames, the last one of 40", "Kernels", "in memory", "median",
-          "99 %", "maximum", "times real time", "front left", "side right", "dBFS"}) {
+          "sfx", "1000 frames", "3 of 480 frames, the last one of 40", "Library", "Kernels", "median", "99 %",
+          "maximum", "times real time", "front left", "side right", "dBFS"}) {
         EXPECT_NE(outcome.output.find(part), std::string::npos) << part << " in\n" << outcome.output;
     }
 }

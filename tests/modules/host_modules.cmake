@@ -44,6 +44,16 @@ target_include_directories(korva_leaning_support PUBLIC ${PROJECT_SOURCE_DIR})
 korva_module(korva_leaning_module NAME leaning FOLDER ${KORVA_TEST_MODULES} SOURCES leaning/leaning.c)
 target_link_libraries(korva_leaning_module PRIVATE korva_leaning_support)
 
+
+# The same, for a folder that has the library, too: the module looks for it beside itself only.
+if(KORVA_PLATFORM STREQUAL "linux")
+    korva_module(korva_neighbour_module NAME neighbour FOLDER ${KORVA_TEST_MODULES} SOURCES leaning/leaning.c)
+    target_link_libraries(korva_neighbour_module PRIVATE korva_leaning_support)
+    set_target_properties(korva_neighbour_module PROPERTIES
+        BUILD_WITH_INSTALL_RPATH ON
+        INSTALL_RPATH "$ORIGIN")
+endif()
+
 foreach(module IN LISTS lacking_modules ITEMS korva_creating_null)
     target_include_directories(${module} PRIVATE ${PROJECT_SOURCE_DIR})
 endforeach()

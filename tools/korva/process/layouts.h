@@ -6,18 +6,10 @@
 #include <string_view>
 #include <vector>
 
+#include "korva/host/sound_format.h"
 #include "rt/speakers.h"
 
 namespace korva::tool {
-
-/// A stream's format. Channels stand in the published order, lowest speaker bit first.
-struct SoundFormat {
-    std::uint32_t sampleRate;  ///< Frames per second.
-    std::uint32_t channels;    ///< 1 to 8.
-    std::uint32_t mask;        ///< Speaker bits; 0 where none are known.
-
-    bool operator==(const SoundFormat&) const = default;
-};
 
 /// All speakers that have a name: bits 0 to 17.
 inline constexpr std::uint32_t knownSpeakers = 0x3FFFF;

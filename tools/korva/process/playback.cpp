@@ -1,42 +1,23 @@
 #include "korva/process/playback.h"
 
 #include <algorithm>
+#include <chrono>
+#include <span>
 #include <utility>
 #include <variant>
 
 #include "korva/interruption.h"
+#include "korva/process/levels.h"
 
 namespace korva::tool {
+
+using std::chrono::steady_clock;
+
 namespace {
 
-/// The audio engine's buffers, one for each side, and the records that announce them.
-class EngineBuffers {
-public:
-    EngineBuffers(const SoundFormat& in, const SoundFormat& out, std::uint32_t frames)
-        : inputSamples(std::size_t{frames} * in.channels),
-          outputSamples(std::size_t{frames} * out.channels) {}
-
-    float* inputData() { return inputSamples.data(); }
-    const float* outputData() const { return outputSamples.data(); }
-
-    /// One call for the first `frames` frames.
-    void processWith(HostedObject& object, std::uint32_t frames) {
-        auto input = connection(inputSamples, frames);
-        auto output = connection(outputSamples, frames);
-        object.process(input, output);
-    }
-
-private:
-    static APO_CONNECTION_PROPERTY connection(std::vector<float>& samples, std::uint32_t frames) {
-        return {.pBuffer = reinterpret_cast<UINT_PTR>(samples.data()),
-                .u32ValidFrameCount = frames,
-                .u32BufferFlags = published::BUFFER_VALID,
-                .u32Signature = published::connectionPropertySignature};
-    }
-
-    std::vector<float> inputSamples;
-    std::vector<float> outputSamples;
-};
+std::uint64_t nanoseconds(steady_clock::duration duration) {
+    return static_cast<std::uint64_t>(std::chrono::nanoseconds(duration).count());
+}
 
 std::uint32_t largestBuffer(const SoundReader& reader, std::uint32_t bufferFrames) {
     return static_cast<std::uint32_t>(
@@ -45,29 +26,43 @@ std::uint32_t largestBuffer(const SoundReader& reader, std::uint32_t bufferFrame
 
 }  // namespace
 
-Playback::Playback(HostedObject& hosted, const PlayedEndpoint& played,
+Playback::Playback(AudioObject& hosted, const PlayedModule& used, const PlayedEndpoint& played,
                    const std::vector<StreamEvent>& planned, ProcessReport& told) noexcept
-    : object(hosted), endpoint(played), events(planned), report(told) {}
+    : object(hosted), module(used), endpoint(played), events(planned), report(told) {}
 
 void Playback::play(SoundReader& reader, SoundWriter& writer, ProgressBar& progress) {
     const std::uint32_t frames = largestBuffer(reader, report.bufferFrames);
     EngineBuffers buffers(report.input.format, report.output.format, frames);
-    object.lock(report.input.format, report.output.format, frames, report.peaks.has_value());
-    while (const std::uint32_t count = reader.read(buffers.inputData(), frames)) {
+    object.lock(buffers);
+    while (const std::uint32_t count = reader.read(buffers.input().data(), frames)) {
         throwIfInterrupted();
         makeChanges();
-        buffers.processWith(object, count);
-        report.timings.add(object.lastProcessNs());
-        if (report.peaks) {
-            object.raise(*report.peaks);
-        }
-        writer.write(buffers.outputData(), count);
+        playBuffer(buffers, count);
+        writer.write(buffers.output(count).data(), count);
         report.frames += count;
         progress.update(report.frames);
     }
     checkAllMade();
-    report.engine = object.engineUse();
+    report.engine = module.use();
     object.unlock();
+}
+
+void Playback::playBuffer(EngineBuffers& buffers, std::uint32_t frames) {
+    if (report.peaks) {
+        report.peaks->input.follow(buffers.input(frames));
+    }
+    const std::span<const float> before = buffers.input(frames);
+    const std::vector<float> original(isModuleNew ? before.begin() : before.end(), before.end());
+    const auto begin = steady_clock::now();
+    object.process(buffers, frames);
+    report.timings.add(nanoseconds(steady_clock::now() - begin));
+    if (report.peaks) {
+        report.peaks->output.follow(buffers.output(frames));
+    }
+    if (std::exchange(isModuleNew, false) &&
+        isCarriedOver(buffers.inputFormat(), original, buffers.outputFormat(), buffers.output(frames))) {
+        module.checkInstance();
+    }
 }
 
 /// Those whose time has come.
@@ -89,7 +84,8 @@ void Playback::checkAllMade() const {
 
 void Playback::make(const PresetChange& change, ReportedChange& made) {
     made.preset = change.file;
-    made.arrivalMs = endpoint.changePreset(object, change.preset);
+    made.times = endpoint.changePreset(object, change.preset);
+    isModuleNew = true;  // or may be
 }
 
 void Playback::make(const VolumeChange& change, ReportedChange& made) {

@@ -4,8 +4,9 @@
 #include <cstddef>
 #include <vector>
 
-#include "korva/process/hosted_object.h"
+#include "korva/host/audio_object.h"
 #include "korva/process/played_endpoint.h"
+#include "korva/process/played_module.h"
 #include "korva/process/process_report.h"
 #include "korva/process/sound_reader.h"
 #include "korva/process/sound_writer.h"
@@ -19,23 +20,26 @@ namespace korva::tool {
 class Playback {
 public:
     /// `report` has the formats and the length of buffers, and gets what there is to tell.
-    Playback(HostedObject& object, const PlayedEndpoint& endpoint, const std::vector<StreamEvent>& events,
-             ProcessReport& report) noexcept;
+    Playback(AudioObject& object, const PlayedModule& module, const PlayedEndpoint& endpoint,
+             const std::vector<StreamEvent>& events, ProcessReport& report) noexcept;
 
     /// Throws `ToolError` or `Interrupted`.
     void play(SoundReader& reader, SoundWriter& writer, ProgressBar& progress);
 
 private:
+    void playBuffer(EngineBuffers& buffers, std::uint32_t frames);
     void makeChanges();
     void checkAllMade() const;
     void make(const PresetChange& change, ReportedChange& made);
     void make(const VolumeChange& change, ReportedChange& made);
 
-    HostedObject& object;
+    AudioObject& object;
+    const PlayedModule& module;
     const PlayedEndpoint& endpoint;
     const std::vector<StreamEvent>& events;
     std::size_t next = 0;  ///< Of the events.
     ProcessReport& report;
+    bool isModuleNew = true;  ///< No buffer has shown yet whether it works.
 };
 
 }  // namespace korva::tool

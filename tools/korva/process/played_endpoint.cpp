@@ -1,61 +1,36 @@
 #include "korva/process/played_endpoint.h"
 
 #include <chrono>
-#include <thread>
 #include <vector>
 
-#include "engine/endpoint_steps.h"
 #include "korva/errors.h"
 #include "korva/interruption.h"
-#include "korva/preset/effect_class.h"
 #include "korva/preset/preset_file.h"
-#include "params/fx_property_store.h"
-#include "params/property_set_path.h"
+#include "korva/preset/preset_properties.h"
+#include "platform/property_key.h"
 
 namespace korva::tool {
 
-using engine::ChunkReaders;
-using engine::EffectCore;
-using framework::Held;
-using params::ChunkReader;
-using params::FxPropertyStore;
 using std::chrono::steady_clock;
 
 namespace {
 
-constexpr std::chrono::seconds limit{10};
-constexpr std::chrono::microseconds pause{50};
+constexpr std::size_t spareRounds = 5;
+constexpr int pauseMs = 1;
 
-/// The bytes that parameters have of a preset, in their order.
-using Slices = std::vector<framework::SharedBytes>;
-
-Slices slicesOf(const ChunkReaders& readers) {
-    Slices slices;
-    for (const Held<ChunkReader>& reader : readers) {
-        for (const params::Parameter* const parameter : reader->parameters()) {
-            slices.push_back(parameter->PresetValue.value());
+/// The properties that a preset sets, that which selects it last.
+std::vector<PROPERTYKEY> keysOf(const Preset& preset, const std::string& endpoint, params::EffectKind kind) {
+    std::vector<PROPERTYKEY> keys;
+    for (const platform::RegistryChange& change : presetChanges(preset, userSetPath(endpoint), kind)) {
+        if (change.kind == platform::RegistryChange::Kind::setValue) {
+            keys.push_back(platform::TextToKey(change.name));
         }
     }
-    return slices;
+    return keys;
 }
 
-/// What the object will have: read as it does, into parameters of our own.
-Slices storedSlices(const std::string& endpoint, params::EffectKind kind, const Preset& preset) {
-    const auto store =
-        Held<FxPropertyStore>::first(FxPropertyStore::Open(endpoint, params::property_set::user));
-    const std::shared_ptr<const ChunkReaders> readers =
-        engine::readersOf(store.ref(), effectClass(kind), engine::parametersOf(preset.engineId));
-    return readers ? slicesOf(*readers) : Slices();
-}
-
-/// A parameter is sent as it changes, so the module has what the object has.
-bool hasTakenOver(HostedObject& object, const Slices& expected) {
-    bool isEqual = false;
-    object.inspect([&](EffectCore& core) {
-        const std::shared_ptr<const ChunkReaders>& readers = core.chunkReaders.value();
-        isEqual = readers != nullptr && slicesOf(*readers) == expected;
-    });
-    return isEqual;
+double milliseconds(steady_clock::duration duration) {
+    return std::chrono::duration<double, std::milli>(duration).count();
 }
 
 }  // namespace
@@ -68,24 +43,29 @@ PlayedEndpoint::PlayedEndpoint(const std::string& endpoint, const std::string& p
         own = std::make_unique<const TemporaryEndpoint>("korva process");
         identifier = own->id();
         installPreset(preset, identifier, effect);
-    } else if (!endpoint.empty() && !engine::deviceOf(engine::systemDeviceEnumerator(), endpoint)) {
-        fail("there is no endpoint '{}'; 'korva endpoint list' shows those there are", endpoint);
+    }
+    if (identifier.empty()) {
+        return;
+    }
+    found = findEndpoint(identifier);
+    if (!found) {
+        fail("there is no endpoint '{}'; 'korva endpoint list' shows those there are", identifier);
     }
 }
 
-double PlayedEndpoint::changePreset(HostedObject& object, const Preset& preset) const {
+ChangeTimes PlayedEndpoint::changePreset(AudioObject& object, const Preset& preset) const {
     const auto begin = steady_clock::now();
     installPreset(preset, identifier, effect);
-    const Slices expected = storedSlices(identifier, effect, preset);
-    while (!hasTakenOver(object, expected)) {
-        throwIfInterrupted();
-        if (steady_clock::now() - begin > limit) {
-            fail("a change of {} hasn't come to the object within {} s", presetWords(identifier, effect),
-                 limit.count());
-        }
-        std::this_thread::sleep_for(pause);
+    const auto installed = steady_clock::now();
+    const std::vector<PROPERTYKEY> keys = keysOf(preset, identifier, effect);
+    for (const PROPERTYKEY& key : keys) {
+        object.notifyEffectProperty(key);
     }
-    return std::chrono::duration<double, std::milli>(steady_clock::now() - begin).count();
+    for (std::size_t round = 0; round < keys.size() + spareRounds; ++round) {
+        pauseFor(pauseMs);
+        object.reset();
+    }
+    return {milliseconds(installed - begin), milliseconds(steady_clock::now() - installed)};
 }
 
 }  // namespace korva::tool

@@ -5,10 +5,17 @@
 #include <string>
 
 #include "korva/endpoint/temporary_endpoint.h"
+#include "korva/host/audio_object.h"
 #include "korva/preset/preset.h"
-#include "korva/process/hosted_object.h"
+#include "params/effect_keys.h"
 
 namespace korva::tool {
+
+/// How long a change of the preset took, in milliseconds.
+struct ChangeTimes {
+    double installMs = 0;  ///< Until the registry had it.
+    double settleMs = 0;   ///< What the object was given to work it off.
+};
 
 /// One that is there, one that is there for this run only, or none.
 class PlayedEndpoint {
@@ -19,16 +26,22 @@ public:
 
     /// Empty without one.
     [[nodiscard]] const std::string& id() const noexcept { return identifier; }
+    /// Null without one.
+    [[nodiscard]] IMMDevice* device() const noexcept { return found.get(); }
 
-    /// Installs a preset, as any other program would, and waits until the object, which plays an engine of
-    /// that preset or none, has taken it over. Gives the milliseconds that both took. Throws `ToolError`
-    /// after ten seconds, or where the registry refuses, or `Interrupted`.  [blocks]
-    double changePreset(HostedObject& object, const Preset& preset) const;
+    /// Installs a preset, as any other program would; tells the object, as the audio engine would; and lets
+    /// it work that off. The object takes no call for done before its thread has taken it, but reads blobs in
+    /// tasks, which it sets itself and which come after calls. Nothing tells of their end, so it gets some
+    /// rounds of a pause and a call that waits for the thread: at least one task is through with each round,
+    /// and there are more rounds than tasks. Throws `ToolError` where the registry refuses, or `Interrupted`.
+    /// [blocks]
+    ChangeTimes changePreset(AudioObject& object, const Preset& preset) const;
 
 private:
     const params::EffectKind effect;
     std::unique_ptr<const TemporaryEndpoint> own;
     std::string identifier;
+    platform::Reference<IMMDevice> found;
 };
 
 }  // namespace korva::tool

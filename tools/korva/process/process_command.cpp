@@ -4,6 +4,7 @@
 #include <bit>
 #include <charconv>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -11,18 +12,21 @@
 #include <vector>
 
 #include "korva/errors.h"
+#include "korva/host/audio_object_library.h"
 #include "korva/interruption.h"
+#include "korva/library_option.h"
 #include "korva/preset/effect_class.h"
-#include "korva/process/hosted_object.h"
+#include "korva/process/kernel_choice.h"
+#include "korva/process/linked_modules.h"
 #include "korva/process/playback.h"
 #include "korva/process/played_endpoint.h"
+#include "korva/process/played_module.h"
 #include "korva/process/process_report.h"
 #include "korva/process/sound_reader.h"
 #include "korva/process/sound_writer.h"
 #include "korva/process/stream_events.h"
 #include "korva/progress_bar.h"
 #include "korva/standard_streams.h"
-#include "platform/module_library.h"
 #include "platform/property_key.h"
 
 namespace korva::tool {
@@ -48,9 +52,10 @@ params::EffectKind parseEffect(const std::string& name) {
     return *kind;
 }
 
-std::filesystem::path parseModuleFolder(const ProcessOptions& options) {
+/// None where modules lie beside the library.
+std::optional<std::filesystem::path> parseModuleFolder(const ProcessOptions& options) {
     if (!options.hasModuleFolder) {
-        return platform::ownLibraryFolder();
+        return std::nullopt;
     }
     const std::string& name = options.moduleFolder;
     std::error_code error;
@@ -59,6 +64,13 @@ std::filesystem::path parseModuleFolder(const ProcessOptions& options) {
         fail("--module-dir takes a folder, not '{}'", name);
     }
     return folder;
+}
+
+Generation parseGeneration(const std::string& text) {
+    if (text != "2" && text != "3") {
+        fail("--generation takes 2 or 3, not '{}'", text);
+    }
+    return text == "2" ? Generation::second : Generation::third;
 }
 
 std::vector<StreamEvent> parseEvents(const ProcessOptions& options) {
@@ -81,13 +93,17 @@ struct Settings {
         : bufferFrames(parseBufferFrames(options.bufferFrames)),
           outputMask(options.outputLayout.empty() ? 0 : parseLayout(options.outputLayout)),
           effect(parseEffect(options.effect)),
+          generation(parseGeneration(options.generation)),
+          library(libraryFile(options.hasLibrary, options.library)),
           moduleFolder(parseModuleFolder(options)),
           events(parseEvents(options)) {}
 
     std::uint32_t bufferFrames;
     std::uint32_t outputMask;  ///< 0: the input's own.
     params::EffectKind effect;
-    std::filesystem::path moduleFolder;
+    Generation generation;
+    std::filesystem::path library;
+    std::optional<std::filesystem::path> moduleFolder;  ///< None: the library's.
     std::vector<StreamEvent> events;
 };
 
@@ -125,39 +141,44 @@ void checkEvents(const Settings& settings, const SoundReader& reader) {
 }
 
 /// A running object keeps its engine and its platform: only an effect's identity brings others.
-void checkEngines(const std::vector<StreamEvent>& events, EngineUse now) {
+void checkEngines(const std::vector<StreamEvent>& events, const EngineChoice& now) {
+    std::string engine = now.isMade() ? platform::guidText(now.engineId) : std::string();
+    bool hardware = now.wantsHardware();
     for (const StreamEvent& event : events) {
         const auto* const change = std::get_if<PresetChange>(&event.change);
         if (change == nullptr) {
             continue;
         }
         const std::string next = platform::guidText(change->preset.engineId);
-        if (!now.engineId.empty() && next != now.engineId) {
-            fail("--change {}: this preset is for the engine {}, and {} plays", change->file, next,
-                 now.engineId);
+        if (!engine.empty() && next != engine) {
+            fail("--change {}: this preset is for the engine {}, and {} plays", change->file, next, engine);
         }
-        if (!now.engineId.empty() && change->preset.hardware != now.wantsHardware) {
+        if (!engine.empty() && change->preset.hardware != hardware) {
             fail("--change {}: a preset with another 'hardware' takes no effect while sound plays",
                  change->file);
         }
-        now.engineId = next;
-        now.wantsHardware = change->preset.hardware;
+        engine = next;
+        hardware = change->preset.hardware;
     }
 }
 
-/// Sound that only passes isn't what was asked for.
-void checkModule(const EngineUse& engine, const std::filesystem::path& folder) {
-    if (engine.module.empty() || engine.isLoaded) {
-        return;
-    }
-    const std::filesystem::path file = platform::libraryPath(folder, engine.module);
-    std::error_code error;
-    if (!std::filesystem::exists(file, error)) {
-        fail("there is no module '{}'; --module-dir says where modules lie", file.string());
-    }
-    fail("the module '{}' can't be loaded or makes no instance; see 'korva module check {}'", file.string(),
-         file.string());
-}
+/// The object's library, with the modules that it is to find beside itself.
+struct Hosting {
+    explicit Hosting(const Settings& settings)
+        : links(settings.moduleFolder
+                    ? std::make_unique<const LinkedModules>(settings.library, *settings.moduleFolder)
+                    : nullptr),
+          file(links ? links->library() : settings.library),
+          library(file, settings.library),
+          shownModuleFolder(settings.moduleFolder.value_or(settings.library.parent_path())) {}
+
+    [[nodiscard]] std::filesystem::path moduleFolder() const { return file.parent_path(); }
+
+    const std::unique_ptr<const LinkedModules> links;  ///< Before the library, which goes first.
+    const std::filesystem::path file;
+    const AudioObjectLibrary library;
+    const std::filesystem::path shownModuleFolder;
+};
 
 /// Where the sound goes to standard output, the report must not follow it there.
 void print(const ProcessOptions& options, ProcessReport& report, bool soundOnStandardOutput) {
@@ -174,13 +195,19 @@ void print(const ProcessOptions& options, ProcessReport& report, bool soundOnSta
 
 void runProcess(const ProcessOptions& options) {
     const Settings settings(options);
+    const std::string kernels = chosenKernels();
     SoundReader reader(options.input);
     checkEvents(settings, reader);
     PlayedEndpoint endpoint(options.endpoint, options.preset, settings.effect);
-    HostedObject object(settings.effect, settings.moduleFolder);
-    object.initialize(endpoint.id());
-    checkEngines(settings.events, object.engineUse());
-    checkModule(object.engineUse(), settings.moduleFolder);
+    const Hosting hosting(settings);
+    const CLSID& classId = effectClass(settings.effect);
+    AudioObject object(hosting.library.createObject(classId));
+    object.initialize(classId, settings.generation, endpoint.device());
+    const PlayedModule module(endpoint.id(), settings.effect, hosting.moduleFolder(),
+                              hosting.shownModuleFolder);
+    const EngineUse atFirst = module.use();
+    checkEngines(settings.events, atFirst.choice);
+    module.checkLoaded(atFirst);
     const SoundFormat in = withMask(reader.format());
     const SoundFormat out = outputFormat(options, settings, in);
     SoundWriter writer(options.output, out, reader.frames());
@@ -193,13 +220,13 @@ void runProcess(const ProcessOptions& options) {
                          .output = {options.output, writer.kind(), out},
                          .effect = options.effect,
                          .bufferFrames = settings.bufferFrames,
-                         .kernels = std::string(object.kernelsName()),
-                         .codeLocked = object.isCodeLocked(),
+                         .kernels = kernels,
                          .endpoint = endpoint.id(),
-                         .moduleFolder = settings.moduleFolder.string(),
-                         .peaks = options.meters ? std::optional(Peaks{}) : std::nullopt};
-    Playback(object, endpoint, settings.events, report).play(reader, writer, progress);
-    checkModule(report.engine, settings.moduleFolder);  // that of an engine which came with a change
+                         .library = settings.library.string(),
+                         .moduleFolder = hosting.shownModuleFolder.string(),
+                         .peaks = options.meters ? std::optional(Peaks(in, out)) : std::nullopt};
+    Playback(object, module, endpoint, settings.events, report).play(reader, writer, progress);
+    module.checkLoaded(report.engine);  // that of an engine which came with a change
     writer.finish();
     progress.finish();
     print(options, report, writer.goesToStandardOutput());

@@ -18,7 +18,10 @@ struct ProcessOptions {
     bool hasEndpoint = false;
     std::string preset;  ///< A file; without it what the endpoint has.
     bool hasPreset = false;
-    std::string moduleFolder;  ///< Without it the tool's own.
+    std::string generation = "2";
+    std::string library;  ///< Without it the one beside the tool.
+    bool hasLibrary = false;
+    std::string moduleFolder;  ///< Without it the library's own.
     bool hasModuleFolder = false;
     std::vector<std::string> changes;  ///< SECONDS=FILE
     std::vector<std::string> volumes;  ///< SECONDS=SCALAR

@@ -40,7 +40,7 @@ void addModuleOptions(CLI::App& process, ProcessOptions& options) {
         ->excludes(endpoint);
     process
         .add_option("--module-dir", options.moduleFolder,
-                    "Where DSP modules lie; else where the tool itself lies")
+                    "Where DSP modules lie; else where the object's library lies")
         ->type_name("DIR");
     const auto addTimed = [&](const char* name, std::vector<std::string>& texts, const char* form,
                               const char* does) {
@@ -73,6 +73,15 @@ CLI::App* declare(CLI::App& line, ProcessOptions& options) {
             "--output-layout", options.outputLayout,
             "mono, stereo, quad, 5.1, 5.1-side, 7.1 or a mask of speakers such as 0x3F; else as the input")
         ->type_name("LAYOUT");
+    process
+        ->add_option("--library", options.library,
+                     "The library that has the object; else the one beside this tool")
+        ->type_name("FILE");
+    process
+        ->add_option("--generation", options.generation,
+                     "Generation of the record that the object is initialised with, 2 or 3")
+        ->type_name("NUMBER")
+        ->capture_default_str();
     process->add_option("--buffer", options.bufferFrames, "Frames in one buffer of the engine, 1 to 1000000")
         ->type_name("FRAMES")
         ->capture_default_str();
@@ -98,6 +107,7 @@ void addProcess(CLI::App& line, Commands& commands) {
     commands.push_back({declaration, [options, declaration] {
                             options->hasEndpoint = declaration->count("--endpoint") != 0;
                             options->hasPreset = declaration->count("--preset") != 0;
+                            options->hasLibrary = declaration->count("--library") != 0;
                             options->hasModuleFolder = declaration->count("--module-dir") != 0;
                             runProcess(*options);
                             return 0;

@@ -7,11 +7,11 @@
 
 #include "korva/errors.h"
 #include "korva/json.h"
+#include "korva/process/layouts.h"
+#include "platform/property_key.h"
 
 namespace korva::tool {
 namespace {
-
-using Levels = std::array<float, rt::planeCount>;
 
 double decibels(float level) {
     return 20.0 * std::log10(static_cast<double>(level));
@@ -39,10 +39,10 @@ std::string buffersText(const ProcessReport& report) {
 }
 
 std::string engineText(const EngineUse& engine) {
-    if (engine.engineId.empty()) {
+    if (!engine.choice.isMade()) {
         return "none: the endpoint has no preset for this effect";
     }
-    return engine.engineId + (engine.onHardware ? ", on hardware" : "");
+    return platform::guidText(engine.choice.engineId) + (engine.onHardware ? ", on hardware" : "");
 }
 
 std::string moduleText(const EngineUse& engine, const std::string& folder) {
@@ -52,24 +52,22 @@ std::string moduleText(const EngineUse& engine, const std::string& folder) {
     return fmt::format("{} in {}", engine.module, asOneLine(folder));
 }
 
-std::string timesText(std::uint32_t count) {
-    return count == 1 ? "once" : fmt::format("{} times", count);
-}
-
 std::string changeText(const ReportedChange& change) {
     if (change.preset.empty()) {
         return fmt::format("at {:.3f} s: volume {}", change.seconds, change.volume);
     }
-    return fmt::format("at {:.3f} s: {}, in the module after {:.2f} ms", change.seconds,
-                       asOneLine(change.preset), change.arrivalMs);
+    return fmt::format("at {:.3f} s: {}, installed in {:.2f} ms, {:.2f} ms to settle", change.seconds,
+                       asOneLine(change.preset), change.times.installMs, change.times.settleMs);
 }
 
 Json engineJson(const EngineUse& engine) {
-    if (engine.engineId.empty()) {
+    if (!engine.choice.isMade()) {
         return nullptr;
     }
-    return {{"engine", engine.engineId},     {"module", engine.module}, {"loaded", engine.isLoaded},
-            {"hardware", engine.onHardware}, {"built", engine.built},   {"started", engine.started}};
+    return {{"engine", platform::guidText(engine.choice.engineId)},
+            {"module", engine.module},
+            {"loaded", engine.isLoaded},
+            {"hardware", engine.onHardware}};
 }
 
 Json changesJson(const std::vector<ReportedChange>& changes) {
@@ -80,7 +78,8 @@ Json changesJson(const std::vector<ReportedChange>& changes) {
             json["volume"] = change.volume;
         } else {
             json["preset"] = change.preset;
-            json["arrivalMs"] = change.arrivalMs;
+            json["installMs"] = change.times.installMs;
+            json["settleMs"] = change.times.settleMs;
         }
         list.push_back(std::move(json));
     }
@@ -94,8 +93,8 @@ bool hasPlane(const SoundFormat& format, rt::Plane plane) {
 std::string peaksText(const ProcessReport& report) {
     std::string text = fmt::format("\n{:<14} {:<26} {}\n", "Peaks", "input", "output");
     for (const rt::Plane plane : planesOf(report.input.format.mask | report.output.format.mask)) {
-        const auto side = [&](const ReportedFile& file, const Levels& levels) {
-            return hasPlane(file.format, plane) ? levelText(levels[plane]) : "            -";
+        const auto side = [&](const ReportedFile& file, const HighestLevels& levels) {
+            return hasPlane(file.format, plane) ? levelText(levels.levels()[plane]) : "            -";
         };
         text += fmt::format("{:<14}{:<26}{}\n", planeName(plane), side(report.input, report.peaks->input),
                             side(report.output, report.peaks->output));
@@ -144,14 +143,13 @@ std::string asText(ProcessReport& report) {
         line("", describe(file->format));
     }
     line("Effect", report.effect);
+    line("Library", asOneLine(report.library));
     if (!report.endpoint.empty()) {
         line("Endpoint", asOneLine(report.endpoint));
         line("Engine", engineText(report.engine));
     }
-    if (!report.engine.engineId.empty()) {
+    if (report.engine.choice.isMade()) {
         line("Module", moduleText(report.engine, report.moduleFolder));
-        line("", fmt::format("built {}, started {}", timesText(report.engine.built),
-                             timesText(report.engine.started)));
     }
     for (const ReportedChange& change : report.changes) {
         line("Change", changeText(change));
@@ -160,7 +158,6 @@ std::string asText(ProcessReport& report) {
                               static_cast<double>(report.frames) / report.input.format.sampleRate));
     line("Buffers", buffersText(report));
     line("Kernels", report.kernels);
-    line("Code", report.codeLocked ? "locked in memory" : "not locked in memory");
     line(
         "Each buffer",
         fmt::format("median {}, 99 % within {}, maximum {}", durationText(report.timings.percentileNs(50)),
@@ -173,6 +170,7 @@ std::string asJson(ProcessReport& report) {
     Json json = {{"input", fileJson(report.input)},
                  {"output", fileJson(report.output)},
                  {"effect", report.effect},
+                 {"library", report.library},
                  {"endpoint", report.endpoint.empty() ? Json() : Json(report.endpoint)},
                  {"engine", engineJson(report.engine)},
                  {"moduleFolder", report.endpoint.empty() ? Json() : Json(report.moduleFolder)},
@@ -181,7 +179,6 @@ std::string asJson(ProcessReport& report) {
                  {"buffers", report.timings.count()},
                  {"bufferFrames", report.bufferFrames},
                  {"kernels", report.kernels},
-                 {"codeLocked", report.codeLocked},
                  {"bufferNs",
                   {{"median", report.timings.percentileNs(50)},
                    {"percentile99", report.timings.percentileNs(99)},
@@ -190,8 +187,8 @@ std::string asJson(ProcessReport& report) {
                  {"realTimeFactor", report.realTimeFactor()},
                  {"peaks", nullptr}};
     if (report.peaks) {
-        json["peaks"] = {{"input", peaksJson(report.input.format, report.peaks->input)},
-                         {"output", peaksJson(report.output.format, report.peaks->output)}};
+        json["peaks"] = {{"input", peaksJson(report.input.format, report.peaks->input.levels())},
+                         {"output", peaksJson(report.output.format, report.peaks->output.levels())}};
     }
     // A file's name may be any bytes; those that are no text are replaced.
     return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";

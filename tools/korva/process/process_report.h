@@ -6,8 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "korva/process/hosted_object.h"
-#include "korva/process/layouts.h"
+#include "korva/host/sound_format.h"
+#include "korva/process/engine_use.h"
+#include "korva/process/levels.h"
+#include "korva/process/played_endpoint.h"
 #include "korva/process/timings.h"
 
 namespace korva::tool {
@@ -24,7 +26,15 @@ struct ReportedChange {
     double seconds = 0;    ///< The point of the sound.
     std::string preset{};  ///< The file; empty for one of the volume.
     float volume = 0.0f;
-    double arrivalMs = 0;  ///< From the installation to the module.
+    ChangeTimes times{};  ///< Of one of the preset.
+};
+
+/// Highest levels by plane.
+struct Peaks {
+    Peaks(const SoundFormat& in, const SoundFormat& out) noexcept : input(in), output(out) {}
+
+    HighestLevels input;
+    HighestLevels output;
 };
 
 struct ProcessReport {
@@ -34,8 +44,8 @@ struct ProcessReport {
     std::uint64_t frames = 0;
     std::uint32_t bufferFrames = 0;  ///< Of all buffers but the last, which may be shorter.
     std::string kernels;
-    bool codeLocked = false;
     std::string endpoint{};      ///< Empty without one.
+    std::string library{};       ///< The object's.
     std::string moduleFolder{};  ///< Where modules were looked for.
     EngineUse engine{};          ///< If there is an endpoint.
     std::vector<ReportedChange> changes{};
