@@ -24,6 +24,7 @@ void addEndpoint(CLI::App& line, Commands& commands);
 void addModule(CLI::App& line, Commands& commands);
 void addPreset(CLI::App& line, Commands& commands);
 void addProcess(CLI::App& line, Commands& commands);
+void addRegistration(CLI::App& line, Commands& commands);
 void addRegistry(CLI::App& line, Commands& commands);
 
 }  // namespace korva::tool

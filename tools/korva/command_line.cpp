@@ -53,6 +53,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addCatalogue(line, commands);
     addModule(line, commands);
     addRegistry(line, commands);
+    addRegistration(line, commands);
     try {
         line.parse(argumentCount, arguments);
     } catch (const CLI::CallForHelp&) {
