@@ -5,17 +5,13 @@
 #include <cstdint>
 
 #include "apo/effect_object.h"
-#include "framework/ref.h"
 #include "framework/server_lock.h"
+#include "platform/counted_object.h"
 #include "platform/published/class_factory.h"
 #include "platform/published/results.h"
 #include "platform/published_call.h"
-#include "platform/reference_count.h"
 
 namespace korva::apo {
-
-using framework::Ref;
-using published::iidOf;
 
 namespace {
 
@@ -31,37 +27,9 @@ bool takeHostLock() noexcept {
     return false;
 }
 
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"  // published interfaces have no destructor
-
-class ClassObject final : public IClassFactory {
+class ClassObject final : public platform::CountedObject<IClassFactory> {
 public:
     explicit ClassObject(const EffectClass& itsClass) noexcept : effect(itsClass) {}
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
-        if (object == nullptr) {
-            return published::nullPointer;
-        }
-        *object = nullptr;
-        if (!(id == iidOf<IUnknown>)&&!(id == iidOf<IClassFactory>)) {
-            return published::noInterface;
-        }
-        *object = static_cast<IClassFactory*>(this);
-        AddRef();
-        return published::ok;
-    }
-
-    platform::ReferenceCount STDMETHODCALLTYPE AddRef() override {
-        return count.fetch_add(1, std::memory_order_relaxed) + 1;
-    }
-
-    platform::ReferenceCount STDMETHODCALLTYPE Release() override {
-        const std::uint32_t left = count.fetch_sub(1, std::memory_order_acq_rel) - 1;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** object) override {
         return makeObject(effect, outer, id, object);
@@ -77,14 +45,11 @@ public:
     }
 
 private:
-    ~ClassObject() = default;
+    ~ClassObject() override = default;
 
     const framework::ServerLock serverLock;
     const EffectClass& effect;
-    std::atomic<std::uint32_t> count{0};
 };
-
-#pragma GCC diagnostic pop
 
 }  // namespace
 
@@ -99,7 +64,7 @@ HRESULT getClassObject(REFCLSID clsid, REFIID id, void** object) noexcept {
         return published::classNotAvailable;
     }
     return platform::publishedCall([&] {
-        const auto made = Ref<ClassObject>::share(new ClassObject(**found));
+        const platform::Reference<ClassObject> made(new ClassObject(**found));
         return made->QueryInterface(id, object);
     });
 }
