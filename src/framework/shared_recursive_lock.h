@@ -3,10 +3,10 @@
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 
 #include "framework/shared_count.h"
 #include "framework/waitable_counter.h"
+#include "platform/mutex.h"
 
 namespace korva::framework {
 
@@ -29,7 +29,7 @@ public:
 
 private:
     // Recursive: a weak reference holds it while the object adds the reference.
-    std::recursive_mutex mutex;
+    platform::RecursiveMutex mutex;
     mutable WaitableCounter ready{1};
     std::atomic<std::uint32_t> builder{0};  // the thread's number while `ready` is 0
 };

@@ -9,6 +9,9 @@ namespace korva::platform {
 // It can be a constant-initialised static and needs no end: threads may use it while a process takes its
 // statics down. It allocates nothing.  [any, blocks]
 //
+// `RecursiveMutex`: for one thread at a time, which may take it again and gives it back as often. It
+// allocates nothing.  [any, blocks]
+//
 // `ConditionVariable`: what threads sleep on while a `Mutex` is unlocked, with these members. Wakes may come
 // unasked. It allocates nothing, and nobody may sleep on it when it is destroyed.
 //

@@ -9,6 +9,7 @@
 namespace korva::platform {
 
 using Mutex = std::mutex;
+using RecursiveMutex = std::recursive_mutex;
 
 class ConditionVariable {
 public:

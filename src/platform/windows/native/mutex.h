@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 
@@ -22,6 +23,30 @@ private:
     friend class ConditionVariable;
 
     SRWLOCK slimLock = SRWLOCK_INIT;
+};
+
+class RecursiveMutex {
+public:
+    void lock() noexcept {
+        const DWORD self = GetCurrentThreadId();
+        // Another thread's number is never this one's, so a stale one does no harm.
+        if (owner.load(std::memory_order_relaxed) != self) {
+            mutex.lock();
+            owner.store(self, std::memory_order_relaxed);
+        }
+        ++depth;
+    }
+    void unlock() noexcept {
+        if (--depth == 0) {
+            owner.store(0, std::memory_order_relaxed);
+            mutex.unlock();
+        }
+    }
+
+private:
+    Mutex mutex;
+    std::atomic<DWORD> owner{0};  ///< 0 is no thread's number.
+    std::uint32_t depth = 0;      ///< The owner's.
 };
 
 class ConditionVariable {
