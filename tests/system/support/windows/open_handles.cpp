@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include <stdexcept>
+#include <cstdint>
 #include <vector>
 
 namespace korva::test {
@@ -21,10 +21,14 @@ std::size_t bytesIn(HANDLE heap) {
 
 }  // namespace
 
+// Asked one by one: not every system counts them. Handles are multiples of four, and a test has far fewer
+// than are looked at.
 std::size_t openHandles() {
-    DWORD count = 0;
-    if (GetProcessHandleCount(GetCurrentProcess(), &count) == 0) {
-        throw std::runtime_error("the system doesn't tell the number of handles");
+    constexpr std::uintptr_t last = 0x8000;
+    std::size_t count = 0;
+    for (std::uintptr_t number = 4; number <= last; number += 4) {
+        DWORD flags = 0;
+        count += GetHandleInformation(reinterpret_cast<HANDLE>(number), &flags) != 0 ? 1U : 0U;
     }
     return count;
 }
