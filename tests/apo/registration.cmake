@@ -20,6 +20,21 @@ korva_test(korva_registration_test
         ${registration_sources}
     LIBRARIES korva_registration korva_server_resources korva_test_registry ${registration_libraries})
 
+# The files of the install kit, which are read where they lie.
+if(KORVA_PLATFORM STREQUAL "linux")
+    korva_test(korva_install_kit_test
+        LABEL unit
+        SOURCES
+            inf_faults.cpp
+            inf_file.cpp
+            inf_file_test.cpp
+            install_kit_test.cpp
+        LIBRARIES korva_engine korva_registration korva_server_resources korva_test_endpoint
+        DEFINITIONS
+            KORVA_INSTALL_KIT="${PROJECT_SOURCE_DIR}/packaging/windows"
+            KORVA_VERSION_RESOURCE="${PROJECT_SOURCE_DIR}/src/apo/library/korva.rc")
+endif()
+
 # The library from outside; on Windows by what only that has: its own program that registers, COM, type libraries,
 # and resources.
 if(KORVA_PLATFORM STREQUAL "linux")
@@ -51,6 +66,14 @@ if(KORVA_PLATFORM STREQUAL "windows")
         LIBRARIES ole32 oleaut32 version
         DEFINITIONS KORVA_SERVER_LIBRARY="$<TARGET_FILE:KORVA>")
     add_dependencies(korva_library_file_test KORVA)
+    korva_test(korva_install_kit_test
+        LABEL wine
+        RESOURCE_LOCK korva_telemetry_key
+        SOURCES
+            inf_file.cpp
+            windows/install_kit_test.cpp
+        LIBRARIES korva_platform korva_test_registry setupapi
+        DEFINITIONS KORVA_INSTALL_KIT="${PROJECT_SOURCE_DIR}/packaging/windows")
     add_test(NAME wine.KORVA.NeedsWhatEveryWindowsHas
         COMMAND bash ${CMAKE_CURRENT_SOURCE_DIR}/windows/imports_test.sh ${CMAKE_OBJDUMP} $<TARGET_FILE:KORVA>)
     set_tests_properties(wine.KORVA.NeedsWhatEveryWindowsHas PROPERTIES LABELS wine TIMEOUT 60)
