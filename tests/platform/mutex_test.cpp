@@ -97,44 +97,6 @@ TEST(ConditionVariable, LetsASleeperGoWhenNotified) {
     notifier.join();
 }
 
-TEST(RecursiveMutex, LetsOneThreadInAtATimeHoweverOftenItTakesIt) {
-    constexpr int rounds = 5'000;
-    RecursiveMutex mutex;
-    int counted = 0;
-    const auto count = [&] {
-        for (int i = 0; i < rounds; ++i) {
-            const std::lock_guard outer(mutex);
-            const int before = counted;
-            const std::lock_guard inner(mutex);
-            const std::lock_guard innermost(mutex);
-            counted = before + 1;
-        }
-    };
-    std::array<std::thread, 4> threads;
-    for (std::thread& thread : threads) {
-        thread = std::thread(count);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(counted, 4 * rounds);
-}
-
-TEST(RecursiveMutex, IsGivenBackAsOftenAsItWasTaken) {
-    RecursiveMutex mutex;
-    bool isFree = false;
-    mutex.lock();
-    mutex.lock();
-    mutex.unlock();
-    std::thread other([&] {
-        const std::lock_guard guard(mutex);
-        EXPECT_TRUE(isFree);
-    });
-    isFree = true;
-    mutex.unlock();
-    other.join();
-}
-
 TEST(ConditionVariable, LetsASleeperGoWhenTheLimitPasses) {
     Mutex mutex;
     ConditionVariable condition;
