@@ -270,6 +270,7 @@ const std::vector<InfLine>& InfFile::section(std::string_view name) const {
 
 std::vector<std::string> InfFile::sectionNames() const {
     std::vector<std::string> names;
+    names.reserve(sections.size());
     for (const auto& [name, part] : sections) {
         names.push_back(part.name);
     }

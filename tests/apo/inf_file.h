@@ -76,11 +76,11 @@ public:
     [[nodiscard]] std::vector<std::string> sectionNames() const;
 
     /// All fields of the lines of a section that have this key.
-    [[nodiscard]] std::vector<std::string> fields(std::string_view section, std::string_view key) const;
+    [[nodiscard]] std::vector<std::string> fields(std::string_view name, std::string_view key) const;
     /// The first of them; empty without any.
     [[nodiscard]] std::string field(std::string_view section, std::string_view key) const;
     /// The lines of a section of registry values. Throws where one isn't any.
-    [[nodiscard]] std::vector<InfRegistryValue> registryValues(std::string_view section) const;
+    [[nodiscard]] std::vector<InfRegistryValue> registryValues(std::string_view name) const;
     /// Those of all sections that the `AddReg` of a section names, in their order.
     [[nodiscard]] std::vector<InfRegistryValue> addedValues(std::string_view section) const;
 
