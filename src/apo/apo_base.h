@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <mutex>
 
 #include "apo/connection_checks.h"
 #include "apo/core_thread.h"
@@ -21,7 +22,8 @@ namespace korva::apo {
 
 /// An audio object: thin methods before an `EffectCore`, which has all the state and a thread of its own. A
 /// method crosses to that thread and waits for it; `APOProcess` alone runs where it is called. Without a core
-/// (the system had no thread left) the object still passes sound, and takes formats by its registration.
+/// (the system had no thread left) the object takes formats by its registration and can't be locked; of what
+/// it is asked to process all the same it makes a copy.
 ///
 /// One object may be part of another (aggregation): its faces then hand the outer object's `IUnknown` out,
 /// and the inner one that its creator gets is this object's own.
@@ -109,8 +111,8 @@ protected:
     /// Makes a format right; see `correctFormat`.
     virtual HRESULT CorrectDefaultFormat(published::UNCOMPRESSEDAUDIOFORMAT& format, bool isOutput);
 
-    /// The face of the class's own interface.
-    [[nodiscard]] virtual IUnknown* ownFace() noexcept = 0;
+    /// The face of the class's own interface; none any more while the object goes.
+    [[nodiscard]] virtual IUnknown* ownFace() noexcept { return nullptr; }
 
 private:
     /// What holds the object, and what its creator has of an object that is a part of another one.
@@ -138,6 +140,7 @@ private:
                                              published::IAudioMediaType* requested,
                                              published::IAudioMediaType** supported);
 
+    [[nodiscard]] std::unique_lock<platform::Mutex> coreTurn();
     [[nodiscard]] HRESULT baseLock(const Connections& connections, std::uint64_t& stream);
     [[nodiscard]] HRESULT checkAll(const Connections& connections);
     [[nodiscard]] HRESULT checkFormats(const Connections& connections);
@@ -155,8 +158,11 @@ private:
     const APO_REG_PROPERTIES& registrationProperties;
     std::atomic<bool> initialized{false};  ///< Without a core only.
 
-    platform::Mutex streamLock;   ///< Keeps the core's part of locks and unlocks in their order. Taken first.
-    platform::Mutex processLock;  ///< For the next three.
+    /// Keeps the core's part of locks and unlocks in their order. Taken first, and not on the core's own
+    /// thread: who calls from there is called by the part that it would wait for.
+    platform::Mutex streamLock;
+    /// For the next three. A format that is asked about itself while connections are checked may come back.
+    platform::RecursiveMutex processLock;
     bool locked = false;
     std::uint64_t lastStream = 0;  ///< Number of the stream that was locked last.
     SharedTraits traits;

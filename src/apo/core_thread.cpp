@@ -18,4 +18,13 @@ CoreThread CoreThread::start(std::uint32_t effectType, const engine::Surrounding
     }
 }
 
+// On its own thread, where nothing has to be queued for it: an end must not depend on memory.
+CoreThread::~CoreThread() {
+    call([this](EffectCore& object) {
+        object.close();
+        core = nullptr;
+        return published::ok;
+    });
+}
+
 }  // namespace korva::apo

@@ -24,7 +24,7 @@ public:
     CoreThread(CoreThread&& other) noexcept = default;
     CoreThread& operator=(CoreThread&& other) = delete;
     /// Closes the core and waits until its thread has ended.  [com, blocks]
-    ~CoreThread() = default;
+    ~CoreThread();
 
     explicit operator bool() const noexcept { return static_cast<bool>(core); }
 
@@ -40,6 +40,9 @@ public:
             return result;
         });
     }
+
+    /// Whether the calling thread is the core's.
+    [[nodiscard]] bool isCurrent() const noexcept { return worker && worker->isOwnThread(); }
 
     /// Null without a core.
     [[nodiscard]] rt::RtProcessor* realtime() const noexcept { return core ? &core->realtime() : nullptr; }

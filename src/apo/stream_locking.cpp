@@ -28,7 +28,7 @@ HRESULT ApoBase::LockForProcess(UINT32 inputCount, APO_CONNECTION_DESCRIPTOR** i
     if (const HRESULT result = baseLock(connections, stream); published::failed(result)) {
         return result;
     }
-    const std::lock_guard guard(streamLock);
+    const std::unique_lock guard = coreTurn();
     if (!isLocked(stream)) {
         return published::ok;
     }
@@ -42,12 +42,20 @@ HRESULT ApoBase::LockForProcess(UINT32 inputCount, APO_CONNECTION_DESCRIPTOR** i
 }
 
 HRESULT ApoBase::UnlockForProcess() {
-    const std::lock_guard guard(streamLock);
+    const std::unique_lock guard = coreTurn();
     core.call([](engine::EffectCore& object) {
         object.unlockForProcess();
         return published::ok;
     });
     return baseUnlock();
+}
+
+std::unique_lock<platform::Mutex> ApoBase::coreTurn() {
+    std::unique_lock turn(streamLock, std::defer_lock);
+    if (!core.isCurrent()) {
+        turn.lock();
+    }
+    return turn;
 }
 
 HRESULT ApoBase::baseLock(const Connections& connections, std::uint64_t& stream) {
@@ -57,10 +65,14 @@ HRESULT ApoBase::baseLock(const Connections& connections, std::uint64_t& stream)
             return published::objectLocked;
         }
         const HRESULT result = checkAll(connections);
-        if (published::succeeded(result)) {
-            locked = true;
-            stream = ++lastStream;
+        if (published::failed(result)) {
+            return result;
         }
+        if (locked) {
+            return published::objectLocked;  // by a format that was asked about itself
+        }
+        locked = true;
+        stream = ++lastStream;
         return result;
     });
 }

@@ -107,7 +107,7 @@ public:
 
     /// Begins a stream with the formats of the first connections, and starts the engine unless it runs at
     /// that rate already. While a stream is locked, its next buffer is taken for its first one again, and
-    /// nothing else comes of it. S_OK.
+    /// nothing else comes of it. S_OK. Where it raises something, no stream is locked afterwards.
     HRESULT lockForProcess(std::span<published::APO_CONNECTION_DESCRIPTOR* const> inputs,
                            std::span<published::APO_CONNECTION_DESCRIPTOR* const> outputs);
     /// Ends the stream. The engine goes on, ready for the next one.
@@ -260,6 +260,7 @@ private:
     void sendParameter(const params::Parameter& parameter, std::span<const std::byte> bytes);
 
     // stream_lock.cpp
+    void beginStream(const rt::EngineFormat& in, const rt::EngineFormat& out);
     void setFormats(const rt::EngineFormat& in, const rt::EngineFormat& out);
 
     // diagnostics.cpp

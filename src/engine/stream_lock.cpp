@@ -50,14 +50,23 @@ HRESULT EffectCore::lockForProcess(std::span<APO_CONNECTION_DESCRIPTOR* const> i
         return published::ok;
     }
     locked.set(true);
-    setFormats(formatOfFirst(inputs), formatOfFirst(outputs));
+    try {
+        beginStream(formatOfFirst(inputs), formatOfFirst(outputs));
+    } catch (...) {
+        unlockForProcess();  // half a stream's formats must not become the next one's
+        throw;
+    }
+    return published::ok;
+}
+
+void EffectCore::beginStream(const rt::EngineFormat& in, const rt::EngineFormat& out) {
+    setFormats(in, out);
     if (const framework::Held<DspEngine> engine = dspEngine.value()) {
         readModuleVersion(*engine);
         engine->Clear(everything);
     }
     resetLevelMeters();
     pullLevelMeters();
-    return published::ok;
 }
 
 void EffectCore::unlockForProcess() {

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
+#include <new>
 #include <string>
 #include <vector>
 
+#include "platform/counted_object.h"
 #include "tests/engine/effect_test.h"
 #include "tests/support/stream.h"
 
@@ -55,6 +57,39 @@ TEST_F(StreamLock, HasNotBeenAndACallMarksItsOutputAndWritesNoSample) {
     EXPECT_EQ(output.u32BufferFlags, published::BUFFER_VALID);
     EXPECT_EQ(output.u32ValidFrameCount, 480U);
     EXPECT_EQ(played, std::vector<float>(960, test::Stream::untouched));
+}
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"  // published interfaces have no destructor
+
+/// Raises what a want of memory does.
+class RaisingType final : public platform::CountedObject<published::IAudioMediaType> {
+public:
+    HRESULT STDMETHODCALLTYPE IsCompressedFormat(BOOL*) override { return published::notImplemented; }
+    HRESULT STDMETHODCALLTYPE IsEqual(published::IAudioMediaType*, DWORD*) override {
+        return published::notImplemented;
+    }
+    const WAVEFORMATEX* STDMETHODCALLTYPE GetAudioFormat() override { return nullptr; }
+    HRESULT STDMETHODCALLTYPE GetUncompressedAudioFormat(UNCOMPRESSEDAUDIOFORMAT*) override {
+        throw std::bad_alloc();
+    }
+};
+
+#pragma GCC diagnostic pop
+
+TEST_F(StreamLock, ThatRaisesLeavesNoStreamLockedAndTheNextOneHasItsOwnFormats) {
+    begin();
+    relock(formatOf(8, 48000), formatOf(8, 48000));
+    rig.unlock();
+    const platform::Reference<RaisingType> raising(new RaisingType);
+    APO_CONNECTION_DESCRIPTOR connection{};
+    connection.pFormat = raising.get();
+    const Descriptors connections{&connection};
+    EXPECT_THROW(static_cast<void>(rig.lockConnections(connections, connections)), std::bad_alloc);
+    EXPECT_FALSE(rig.core().locked.read());
+    relock(formatOf(2, 48000), formatOf(2, 48000));
+    EXPECT_EQ(rig.core().inFormat.read().channelCount, 2);
+    EXPECT_EQ(section().outputChannelCount.get(), 2);
 }
 
 TEST_F(StreamLock, TakesOverFormatsWithMasksAsTheyAreMended) {

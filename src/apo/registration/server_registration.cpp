@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -12,6 +11,7 @@
 #include "platform/module_library.h"
 #include "platform/property_key.h"
 #include "platform/published/results.h"
+#include "platform/published_call.h"
 #include "platform/registry_values.h"
 #include "platform/resources.h"
 #include "platform/thread_locale.h"
@@ -21,18 +21,6 @@ namespace {
 
 constexpr std::uint16_t applicationScript = 101;
 constexpr HRESULT noSuchObject = platform::hresultOf(platform::registry_result::notFound);
-
-/// Where what goes wrong below becomes a result.
-template <class Action>
-HRESULT answer(const Action& action) noexcept {
-    try {
-        return action();
-    } catch (const std::bad_alloc&) {
-        return published::outOfMemory;
-    } catch (...) {
-        return published::unspecifiedFailure;
-    }
-}
 
 /// One thing that is written, and how it is taken back. The second is right also if the first has failed.
 struct Step {
@@ -124,7 +112,7 @@ private:
         for (const Step& step : steps) {
             // A step that fails may have written something.
             written.push_back(step);
-            if (const HRESULT result = answer(step.apply); published::failed(result)) {
+            if (const HRESULT result = platform::publishedCall(step.apply); published::failed(result)) {
                 return result;
             }
         }
@@ -134,7 +122,7 @@ private:
     static HRESULT remove(const std::vector<Step>& steps) {
         HRESULT result = published::ok;
         for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
-            result = firstFailure(result, answer(step->undo));
+            result = firstFailure(result, platform::publishedCall(step->undo));
         }
         return result;
     }
@@ -150,11 +138,11 @@ private:
 }  // namespace
 
 HRESULT registerServer() noexcept {
-    return answer([] { return ServerEntry().write(); });
+    return platform::publishedCall([] { return ServerEntry().write(); });
 }
 
 HRESULT unregisterServer() noexcept {
-    return answer([] { return ServerEntry().remove(); });
+    return platform::publishedCall([] { return ServerEntry().remove(); });
 }
 
 }  // namespace korva::apo

@@ -27,8 +27,8 @@ HRESULT HostEvent::duplicate(HANDLE event) noexcept {
     if (!isDescriptor(number)) {
         return published::invalidHandle;
     }
-    // Not 0, which would be none.
-    const int descriptor = fcntl(static_cast<int>(number), F_DUPFD_CLOEXEC, 1);
+    // Not 0, which would be none, nor another one of a host's standard streams that it has closed.
+    const int descriptor = fcntl(static_cast<int>(number), F_DUPFD_CLOEXEC, 3);
     if (descriptor < 0) {
         return errno == EBADF ? published::invalidHandle : tooManyOpenFiles;
     }

@@ -139,9 +139,10 @@ void AudioObject::negotiate(IAudioMediaType* in, IAudioMediaType* out) {
         result = object->IsInputFormatSupported(out, in, &suggested);
     }
     const Reference<IAudioMediaType> inputType(suggested);
-    if (result != published::ok) {
+    if (result == published::okButNo || result == published::formatNotSupported) {
         throw HostError("the module refuses these formats of input and output");
     }
+    throwIfFailed(result, "the object can't tell whether it takes these formats of input and output");
 }
 
 void AudioObject::process(EngineBuffers& buffers, std::uint32_t frames) noexcept {
