@@ -4,9 +4,12 @@
 
 #include <objbase.h>
 
+#include <atomic>
 #include <stdexcept>
+#include <utility>
 
 #include "platform/audio_devices.h"
+#include "platform/counted_object.h"
 #include "platform/published/class_factory.h"
 #include "platform/published/device_interfaces.h"
 #include "platform/published/results.h"
@@ -28,32 +31,9 @@ struct Notes {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"  // published interfaces have no destructor
 
-/// Its last reference ends it.
-template <class Derived, class Interface>
-class Counted : public Interface {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
-        const bool isKnown = id == published::iidOf<IUnknown> || id == published::iidOf<Interface>;
-        *object = isKnown ? static_cast<Interface*>(this) : nullptr;
-        if (isKnown) {
-            AddRef();
-        }
-        return isKnown ? published::ok : published::noInterface;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++count; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --count;
-        if (left == 0) {
-            delete static_cast<Derived*>(this);
-        }
-        return left;
-    }
+;
 
-private:
-    std::atomic<ULONG> count{1};
-};
-
-class NotedDevice final : public Counted<NotedDevice, IMMDevice> {
+class NotedDevice final : public platform::CountedObject<IMMDevice> {
 public:
     NotedDevice(ComPointer<IMMDevice> device, Notes& itsNotes) : real(std::move(device)), notes(itsNotes) {}
 
@@ -75,7 +55,7 @@ private:
     Notes& notes;
 };
 
-class NotedEnumerator final : public Counted<NotedEnumerator, IMMDeviceEnumerator> {
+class NotedEnumerator final : public platform::CountedObject<IMMDeviceEnumerator> {
 public:
     NotedEnumerator(IMMDeviceEnumerator& enumerator, Notes& itsNotes) : real(enumerator), notes(itsNotes) {}
 
@@ -105,7 +85,7 @@ private:
     Notes& notes;
 };
 
-class EnumeratorClass final : public Counted<EnumeratorClass, IClassFactory> {
+class EnumeratorClass final : public platform::CountedObject<IClassFactory> {
 public:
     EnumeratorClass(IMMDeviceEnumerator& enumerator, Notes& itsNotes) : real(enumerator), notes(itsNotes) {}
 

@@ -1,8 +1,6 @@
 // The system's real devices, with a note of what an audio object asks them for.
 #pragma once
 
-#include <atomic>
-#include <cstddef>
 #include <memory>
 
 namespace korva::test {

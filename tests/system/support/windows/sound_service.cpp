@@ -4,12 +4,12 @@
 
 #include <objbase.h>
 
-#include <atomic>
 #include <cstring>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
+#include "platform/counted_object.h"
 #include "platform/endpoint_values.h"
 #include "platform/published/class_factory.h"
 #include "platform/published/device_interfaces.h"
@@ -28,32 +28,9 @@ constexpr CLSID enumeratorClass = {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"  // published interfaces have no destructor
 
-/// Its last reference ends it.
-template <class Derived, class Interface>
-class Counted : public Interface {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
-        const bool isKnown = id == published::iidOf<IUnknown> || id == published::iidOf<Interface>;
-        *object = isKnown ? static_cast<Interface*>(this) : nullptr;
-        if (isKnown) {
-            AddRef();
-        }
-        return isKnown ? published::ok : published::noInterface;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++count; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --count;
-        if (left == 0) {
-            delete static_cast<Derived*>(this);
-        }
-        return left;
-    }
+;
 
-private:
-    std::atomic<ULONG> count{1};
-};
-
-class Volume final : public Counted<Volume, IAudioEndpointVolume> {
+class Volume final : public platform::CountedObject<IAudioEndpointVolume> {
 public:
     explicit Volume(RegistryKey its) : endpoint(std::move(its)) {}
 
@@ -103,7 +80,7 @@ private:
     const RegistryKey endpoint;
 };
 
-class Device final : public Counted<Device, IMMDevice> {
+class Device final : public platform::CountedObject<IMMDevice> {
 public:
     Device(const platform::EndpointPlace& place, RegistryKey its)
         : id(platform::toWide(platform::endpointIdOf(place))), endpoint(std::move(its)) {}
@@ -138,7 +115,7 @@ private:
     const RegistryKey endpoint;
 };
 
-class Enumerator final : public Counted<Enumerator, IMMDeviceEnumerator> {
+class Enumerator final : public platform::CountedObject<IMMDeviceEnumerator> {
 public:
     HRESULT STDMETHODCALLTYPE EnumAudioEndpoints(EDataFlow, DWORD, IMMDeviceCollection**) override {
         return published::notImplemented;
@@ -166,7 +143,7 @@ public:
     }
 };
 
-class Factory final : public Counted<Factory, IClassFactory> {
+class Factory final : public platform::CountedObject<IClassFactory> {
 public:
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID id, void** object) override {
         auto* const made = new Enumerator;
