@@ -146,8 +146,10 @@ private:
     [[nodiscard]] HRESULT checkFormats(const Connections& connections);
     [[nodiscard]] bool isAccepted(FormatTest test, published::IAudioMediaType* opposite,
                                   published::IAudioMediaType* requested);
+    [[nodiscard]] HRESULT takeLock(std::uint64_t& stream) noexcept;
     [[nodiscard]] HRESULT baseUnlock() noexcept;
-    [[nodiscard]] bool isLocked(std::uint64_t stream) noexcept;
+    [[nodiscard]] bool isLocked() noexcept;
+    [[nodiscard]] bool isCurrent(std::uint64_t stream) noexcept;
 
     // From the first to the last to go: the core's thread, the framework, the library.
     const framework::ServerLock serverLock;
@@ -158,11 +160,14 @@ private:
     const APO_REG_PROPERTIES& registrationProperties;
     std::atomic<bool> initialized{false};  ///< Without a core only.
 
-    /// Keeps the core's part of locks and unlocks in their order. Taken first, and not on the core's own
-    /// thread: who calls from there is called by the part that it would wait for.
-    platform::Mutex streamLock;
-    /// For the next three. A format that is asked about itself while connections are checked may come back.
+    // Lock order: as they stand here.
+    /// For the traits, while connections are checked. Recursive: a format that is asked about itself may come
+    /// back.
     platform::RecursiveMutex processLock;
+    /// Keeps the core's part of locks and unlocks in their order. Not taken on the core's own thread: who
+    /// calls from there is called by the part that it would wait for.
+    platform::Mutex streamLock;
+    platform::Mutex stateLock;  ///< For the next two, and nothing besides is done under it.
     bool locked = false;
     std::uint64_t lastStream = 0;  ///< Number of the stream that was locked last.
     SharedTraits traits;

@@ -29,7 +29,7 @@ HRESULT ApoBase::LockForProcess(UINT32 inputCount, APO_CONNECTION_DESCRIPTOR** i
         return result;
     }
     const std::unique_lock guard = coreTurn();
-    if (!isLocked(stream)) {
+    if (!isCurrent(stream)) {
         return published::ok;
     }
     const HRESULT result = core.call([&](engine::EffectCore& object) {
@@ -61,19 +61,11 @@ std::unique_lock<platform::Mutex> ApoBase::coreTurn() {
 HRESULT ApoBase::baseLock(const Connections& connections, std::uint64_t& stream) {
     return platform::publishedCall([&] {
         const std::lock_guard guard(processLock);
-        if (locked) {
+        if (isLocked()) {
             return published::objectLocked;
         }
         const HRESULT result = checkAll(connections);
-        if (published::failed(result)) {
-            return result;
-        }
-        if (locked) {
-            return published::objectLocked;  // by a format that was asked about itself
-        }
-        locked = true;
-        stream = ++lastStream;
-        return result;
+        return published::failed(result) ? result : takeLock(stream);
     });
 }
 
@@ -127,8 +119,19 @@ HRESULT ApoBase::CheckConnections(const Connections&) {
     return published::ok;
 }
 
+// A format that was asked about itself may have come first.
+HRESULT ApoBase::takeLock(std::uint64_t& stream) noexcept {
+    const std::lock_guard guard(stateLock);
+    if (locked) {
+        return published::objectLocked;
+    }
+    locked = true;
+    stream = ++lastStream;
+    return published::ok;
+}
+
 HRESULT ApoBase::baseUnlock() noexcept {
-    const std::lock_guard guard(processLock);
+    const std::lock_guard guard(stateLock);
     if (!locked) {
         return published::alreadyUnlocked;
     }
@@ -136,8 +139,13 @@ HRESULT ApoBase::baseUnlock() noexcept {
     return published::ok;
 }
 
-bool ApoBase::isLocked(std::uint64_t stream) noexcept {
-    const std::lock_guard guard(processLock);
+bool ApoBase::isLocked() noexcept {
+    const std::lock_guard guard(stateLock);
+    return locked;
+}
+
+bool ApoBase::isCurrent(std::uint64_t stream) noexcept {
+    const std::lock_guard guard(stateLock);
     return locked && lastStream == stream;
 }
 
