@@ -25,6 +25,12 @@ Samples ramp(std::size_t count) {
     return samples;
 }
 
+/// What a call leaves in an output's record, whatever it does with the samples.
+void expectMarked(const APO_CONNECTION_PROPERTY& output, std::uint32_t flags, std::uint32_t frames) {
+    EXPECT_EQ(output.u32BufferFlags, flags);
+    EXPECT_EQ(output.u32ValidFrameCount, frames);
+}
+
 class Processing : public ClassTest {
 protected:
     void initialize(const GUID& mode) {
@@ -44,8 +50,7 @@ TEST_P(Processing, BeforeAnyStreamMarksTheOutputAndWritesNoSample) {
     APO_CONNECTION_PROPERTY input = bufferOf(samples, 480);
     APO_CONNECTION_PROPERTY output = bufferOf(played, 0, 0);
     object.process(input, output);
-    EXPECT_EQ(output.u32BufferFlags, 1U);
-    EXPECT_EQ(output.u32ValidFrameCount, 480U);
+    expectMarked(output, 1U, 480U);
 }
 
 TEST_P(Processing, WithoutInitialisationFoldsAfterALock) {
@@ -67,8 +72,7 @@ TEST_P(Processing, OfARawStreamIsWhatTheClassSays) {
     APO_CONNECTION_PROPERTY input = bufferOf(samples, 480);
     APO_CONNECTION_PROPERTY output = bufferOf(played, 0, 0);
     object.process(input, output);
-    EXPECT_EQ(output.u32BufferFlags, 1U);
-    EXPECT_EQ(output.u32ValidFrameCount, 480U);
+    expectMarked(output, 1U, 480U);
     // A stream effect knows no number of channels to multiply by.
     const bool isStream = GetParam().clsid == streamClass.clsid;
     EXPECT_EQ(played, isStream ? Samples(960, untouched) : samples);
@@ -102,8 +106,7 @@ TEST_P(Processing, OfSilenceGivesZerosThatCountAsSound) {
         APO_CONNECTION_PROPERTY output = bufferOf(played, 0, 1);
         object.process(input, output);
         EXPECT_EQ(played, Samples(20, 0.0f));
-        EXPECT_EQ(output.u32BufferFlags, 1U);
-        EXPECT_EQ(output.u32ValidFrameCount, 10U);
+        expectMarked(output, 1U, 10U);
     }
 }
 
@@ -114,14 +117,12 @@ TEST_P(Processing, IntoSilenceIsSkipped) {
     APO_CONNECTION_PROPERTY input = bufferOf(samples, 10);
     APO_CONNECTION_PROPERTY output = bufferOf(played, 0, 2);
     object.process(input, output);
-    EXPECT_EQ(output.u32BufferFlags, 2U);
-    EXPECT_EQ(output.u32ValidFrameCount, 10U);
+    expectMarked(output, 2U, 10U);
     const bool isStream = GetParam().clsid == streamClass.clsid;
     EXPECT_EQ(played, isStream ? Samples(20, untouched) : Samples(20, 0.0f));
     output = bufferOf({}, 0, 1);
     object.process(input, output);
-    EXPECT_EQ(output.u32BufferFlags, 2U);
-    EXPECT_EQ(output.u32ValidFrameCount, 10U);
+    expectMarked(output, 2U, 10U);
 }
 
 TEST_P(Processing, OfABufferThatIsNeitherSoundNorSilenceChangesNothing) {
@@ -133,8 +134,7 @@ TEST_P(Processing, OfABufferThatIsNeitherSoundNorSilenceChangesNothing) {
         APO_CONNECTION_PROPERTY output = bufferOf(played, 5, 2);
         object.process(input, output);
         EXPECT_EQ(played, Samples(20, untouched));
-        EXPECT_EQ(output.u32BufferFlags, 2U);
-        EXPECT_EQ(output.u32ValidFrameCount, 5U);
+        expectMarked(output, 2U, 5U);
     }
 }
 
@@ -156,8 +156,7 @@ TEST_P(Processing, OfNoFramesStillMarksTheOutput) {
     APO_CONNECTION_PROPERTY output = bufferOf(played, 9, 0);
     object.process(input, output);
     EXPECT_EQ(played, Samples(20, untouched));
-    EXPECT_EQ(output.u32BufferFlags, 1U);
-    EXPECT_EQ(output.u32ValidFrameCount, 0U);
+    expectMarked(output, 1U, 0U);
 }
 
 TEST_P(Processing, OfMoreFramesThanAnnouncedGoesAsFarAsTheBuffers) {
@@ -199,8 +198,7 @@ TEST_P(Processing, OfMissingConnectionsChangesNothing) {
     object.realtime->APOProcess(1, none.data(), 1, outputs.data());
     object.realtime->APOProcess(1, inputs.data(), 1, none.data());
     EXPECT_EQ(played, Samples(20, untouched));
-    EXPECT_EQ(output.u32BufferFlags, 2U);
-    EXPECT_EQ(output.u32ValidFrameCount, 5U);
+    expectMarked(output, 2U, 5U);
 }
 
 TEST_P(Processing, ReadsTheFirstConnectionsOnly) {
