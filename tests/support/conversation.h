@@ -19,6 +19,10 @@ public:
     /// Says a line, and waits for the line that answers it; empty when the program has gone.  [blocks]
     [[nodiscard]] std::string ask(std::string line);
 
+    /// Ends the program wherever it is, as the system does it: nothing more of it runs. Waits until it has
+    /// gone.  [blocks]
+    void kill();
+
 private:
     struct Ends;
     std::unique_ptr<Ends> ends;

@@ -1,12 +1,14 @@
 #include "tests/support/conversation.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <stdexcept>
+#include <utility>
 
 namespace korva::test {
 namespace {
@@ -37,7 +39,14 @@ bool start(const std::string& program, int input, int output, pid_t& process) {
 struct Conversation::Ends {
     int toProgram = -1;
     int fromProgram = -1;
-    pid_t process = 0;
+    pid_t process = 0;  ///< 0 once it is collected.
+
+    void collect() {
+        if (process != 0) {
+            int status = 0;
+            waitpid(std::exchange(process, 0), &status, 0);
+        }
+    }
 };
 
 Conversation::Conversation(const std::string& program) : ends(std::make_unique<Ends>()) {
@@ -56,8 +65,7 @@ Conversation::Conversation(const std::string& program) : ends(std::make_unique<E
 Conversation::~Conversation() {
     close(ends->toProgram);
     close(ends->fromProgram);
-    int status = 0;
-    waitpid(ends->process, &status, 0);
+    ends->collect();
 }
 
 std::string Conversation::ask(std::string line) {
@@ -75,6 +83,13 @@ std::string Conversation::ask(std::string line) {
         answer += unit;
     }
     return answer;
+}
+
+void Conversation::kill() {
+    if (ends->process != 0) {
+        ::kill(ends->process, SIGKILL);
+    }
+    ends->collect();
 }
 
 }  // namespace korva::test

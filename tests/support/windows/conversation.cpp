@@ -75,4 +75,9 @@ std::string Conversation::ask(std::string line) {
     return answer;
 }
 
+void Conversation::kill() {
+    TerminateProcess(ends->process, 1);
+    WaitForSingleObject(ends->process, INFINITE);
+}
+
 }  // namespace korva::test
