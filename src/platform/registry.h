@@ -74,6 +74,12 @@ enum class RegistryAccess : std::uint32_t {
     readWrite = 0x2001F,  ///< Both.
 };
 
+/// Who may use a key that is made. An embedded registry leaves that to the rights of its file.
+enum class RegistrySharing {
+    inherited,  ///< As the key above says.
+    everyone,   ///< Everyone, and Administrators, may do everything with it.
+};
+
 /// A value as it is stored: any bytes of any length under any type.
 struct RegistryValue {
     std::uint32_t type = registry_type::none;
@@ -101,9 +107,10 @@ public:
     [[nodiscard]] RegistryResult open(std::string_view path, RegistryAccess access,
                                       RegistryKey& opened) const;
     /// The same, and makes the keys that are missing: 5 if there are any and this key may only be read.
-    /// `created` tells whether it was.
+    /// `created` tells whether it was. `sharing` is that of each key that is made.
     [[nodiscard]] RegistryResult create(std::string_view path, RegistryAccess access, RegistryKey& opened,
-                                        bool* created = nullptr) const;
+                                        bool* created = nullptr,
+                                        RegistrySharing sharing = RegistrySharing::inherited) const;
 
     /// Deletes a key below this one; 5 if it has sub-keys or this key may only be read, 2 if it is missing,
     /// 87 for an empty path.

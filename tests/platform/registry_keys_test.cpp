@@ -84,6 +84,20 @@ TEST_F(RegistryKeysTest, CreateMakesAllThatIsMissingAndTellsWhetherItDid) {
     EXPECT_TRUE(created);
 }
 
+TEST_F(RegistryKeysTest, KeysForEveryoneAreMadeAsAnyOther) {
+    RegistryKey opened;
+    bool created = false;
+    ASSERT_EQ(key.create("a\\b", RegistryAccess::readWrite, opened, &created, RegistrySharing::everyone),
+              success);
+    EXPECT_TRUE(created);
+    EXPECT_EQ(opened.setValue("v", registry_type::binary, bytes({1})), success);
+    EXPECT_EQ(openResult("a"), success);
+    ASSERT_EQ(key.create("a\\b", RegistryAccess::read, opened, &created, RegistrySharing::everyone), success);
+    EXPECT_FALSE(created);
+    RegistryValue value;
+    EXPECT_EQ(opened.readValue("v", value), success);
+}
+
 TEST_F(RegistryKeysTest, CreatedKeysAreEmpty) {
     const RegistryKey created = made("a");
     EXPECT_TRUE(valueNames(created).empty());

@@ -10,6 +10,7 @@
 //   a sub-key comes or goes               may tell or not
 //   the thread that armed ends            the key stays armed, by a flag that Windows needs for it
 //   a deleted key that is open            1018 from every call, also when its name is made again
+//   whom a new key is shared with         Wine takes no notice
 //   a string or list without its end      its bytes come back as they were set
 #pragma once
 

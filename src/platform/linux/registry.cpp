@@ -123,7 +123,7 @@ RegistryResult RegistryKey::open(std::string_view path, RegistryAccess access, R
 }
 
 RegistryResult RegistryKey::create(std::string_view path, RegistryAccess access, RegistryKey& opened,
-                                   bool* created) const {
+                                   bool* created, RegistrySharing) const {
     if (key == nullptr) {
         return invalidHandle;
     }

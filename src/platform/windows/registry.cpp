@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "platform/unicode.h"
+#include "platform/windows/object_sharing.h"
 #include "platform/windows/registry_handle.h"
 
 namespace korva::platform {
@@ -145,11 +146,23 @@ Result openKey(HKEY parent, const WideString& path, Access access, RegistryKey& 
     return failed != ERROR_SUCCESS ? failed : keepUnlessLink(handle, access, opened);
 }
 
-Result createKey(HKEY parent, const WideString& path, Access access, RegistryKey& opened, bool& created) {
+/// Null if there is no memory for it.
+SECURITY_ATTRIBUTES* forEveryone() noexcept {
+    static ObjectSharing everyoneMayAll("D:(A;;0xF003F;;;WD)(A;;0xF003F;;;BA)");
+    return everyoneMayAll.attributes();
+}
+
+Result createKey(HKEY parent, const WideString& path, Access access, RegistrySharing sharing,
+                 RegistryKey& opened, bool& created) {
+    const bool isShared = sharing == RegistrySharing::everyone;
+    SECURITY_ATTRIBUTES* const attributes = isShared ? forEveryone() : nullptr;
+    if (isShared && attributes == nullptr) {
+        return result::outOfMemory;
+    }
     HKEY handle = nullptr;
     DWORD disposition = 0;
     const LSTATUS failed = RegCreateKeyExW(parent, path.c_str(), 0, nullptr, REG_OPTION_OPEN_LINK,
-                                           static_cast<REGSAM>(access), nullptr, &handle, &disposition);
+                                           static_cast<REGSAM>(access), attributes, &handle, &disposition);
     if (failed != ERROR_SUCCESS) {
         return failed;
     }
@@ -200,7 +213,7 @@ RegistryResult RegistryKey::open(std::string_view path, RegistryAccess access, R
 }
 
 RegistryResult RegistryKey::create(std::string_view path, RegistryAccess access, RegistryKey& opened,
-                                   bool* created) const {
+                                   bool* created, RegistrySharing sharing) const {
     return answer(key.get(), [&](const OpenRegistryKey& parent) -> Result {
         const auto widePath = pathOf(path);
         if (!widePath) {
@@ -210,7 +223,7 @@ RegistryResult RegistryKey::create(std::string_view path, RegistryAccess access,
         Result failed = result::success;
         // Not every version tells that the key itself, with an empty path, was there before.
         if (parent.mayWrite() && !widePath->empty()) {
-            failed = createKey(parent.handle, *widePath, access, opened, isNew);
+            failed = createKey(parent.handle, *widePath, access, sharing, opened, isNew);
         } else {
             failed = openKey(parent.handle, *widePath, access, opened);
             failed = failed == result::notFound ? result::accessDenied : failed;
