@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <random>
+#include <stdexcept>
 
 #include "platform/endpoint_values.h"
+#include "platform/new_guid.h"
 
 namespace korva::test {
 namespace {
@@ -13,19 +13,18 @@ namespace {
 using platform::RegistryKey;
 using platform::RegistryRoot;
 
-GUID newGuid() {
-    std::random_device random;
-    GUID guid{};
-    for (std::size_t i = 0; i < sizeof(guid); i += sizeof(std::uint32_t)) {
-        const std::uint32_t bits = random();
-        std::memcpy(reinterpret_cast<std::byte*>(&guid) + i, &bits, sizeof(bits));
+/// Raises `std::runtime_error` if the system has none to give.
+GUID unusedGuid() {
+    const GUID guid = platform::newGuid();
+    if (guid == GUID{}) {
+        throw std::runtime_error("no GUID for an endpoint");
     }
     return guid;
 }
 
 }  // namespace
 
-SeededEndpoint::SeededEndpoint(EDataFlow flow, std::uint32_t state) : endpoint{flow, newGuid()} {
+SeededEndpoint::SeededEndpoint(EDataFlow flow, std::uint32_t state) : endpoint{flow, unusedGuid()} {
     EXPECT_EQ(RegistryKey::root(RegistryRoot::localMachine)
                   .create(path(), platform::RegistryAccess::readWrite, opened),
               0);

@@ -1,13 +1,12 @@
 #include "korva/endpoint/endpoint_registry.h"
 
-#include <cstring>
-#include <random>
 #include <span>
 #include <utility>
 
 #include "korva/errors.h"
 #include "korva/registry/registry_errors.h"
 #include "params/property_set_path.h"
+#include "platform/new_guid.h"
 #include "platform/property_key.h"
 #include "platform/property_value.h"
 #include "platform/published/results.h"
@@ -58,16 +57,12 @@ RegistryKey openEndpoint(const EndpointPlace& place, RegistryAccess access, cons
     return key;
 }
 
-/// Random, as version 4 of GUIDs is: no two endpoints of any machine have the same.
-GUID newGuid() {
-    std::random_device random;
-    GUID guid{};
-    for (std::size_t i = 0; i < sizeof(guid); i += sizeof(std::uint32_t)) {
-        const std::uint32_t bits = random();
-        std::memcpy(reinterpret_cast<std::byte*>(&guid) + i, &bits, sizeof(bits));
+/// No two endpoints of any machine have the same.
+GUID unusedGuid() {
+    const GUID guid = platform::newGuid();
+    if (guid == GUID{}) {
+        fail("the system gives no random numbers to name an endpoint with");
     }
-    guid.Data3 = static_cast<std::uint16_t>((guid.Data3 & 0x0FFF) | 0x4000);
-    guid.Data4[0] = static_cast<std::uint8_t>((guid.Data4[0] & 0x3F) | 0x80);
     return guid;
 }
 
@@ -152,7 +147,7 @@ void setName(const RegistryKey& endpoint, const EndpointPlace& place, const Regi
 
 std::string makeEndpoint(const NewEndpoint& endpoint) {
     using Kind = RegistryChange::Kind;
-    const EndpointPlace place{endpoint.flow, newGuid()};
+    const EndpointPlace place{endpoint.flow, unusedGuid()};
     const std::string id = platform::endpointIdOf(place);
     const std::string path = platform::endpointPath(place);
     const std::string properties = path + "\\" + std::string(platform::endpointPropertiesKey);
