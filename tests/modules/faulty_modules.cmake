@@ -1,6 +1,6 @@
 # Modules with a fault each, for the conformance run to find. Each is linked with the honest one, whose functions
 # are weak, and has its fault in the place of one of them.
-if(NOT TARGET korva)
+if(NOT TARGET korva_module_commands)
     return()
 endif()
 

@@ -18,13 +18,8 @@ struct Command {
 };
 using Commands = std::vector<Command>;
 
-/// Each adds its command, or its group of them, to the command line.
-void addCatalogue(CLI::App& line, Commands& commands);
-void addEndpoint(CLI::App& line, Commands& commands);
-void addModule(CLI::App& line, Commands& commands);
-void addPreset(CLI::App& line, Commands& commands);
-void addProcess(CLI::App& line, Commands& commands);
-void addRegistration(CLI::App& line, Commands& commands);
-void addRegistry(CLI::App& line, Commands& commands);
+/// Adds a group of commands, or a single one, to the command line. Each group has such a function in this
+/// namespace, whose name is `add` and the group's; the table of groups declares it.
+using AddCommands = void(CLI::App& line, Commands& commands);
 
 }  // namespace korva::tool

@@ -2,9 +2,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <ranges>
 #include <string>
+#include <vector>
 
-#include "korva/command.h"
 #include "korva/errors.h"
 #include "korva/standard_streams.h"
 
@@ -33,6 +34,12 @@ std::string surplusText(const CLI::App& line, const CLI::App& command) {
     return fmt::format("{} '{}'", isGroup ? "unknown subcommand" : "unexpected argument", word);
 }
 
+/// All but the program's own, as CLI11 takes them.
+std::vector<std::string> wordsFromLast(const std::vector<std::string>& arguments) {
+    const auto words = arguments | std::views::drop(1) | std::views::reverse;
+    return {words.begin(), words.end()};
+}
+
 [[noreturn]] void failOnLine(const CLI::App& line, const CLI::ParseError& error) {
     const CLI::App& command = deepest(line);
     // What is missing matters only once the rest is understood.
@@ -42,20 +49,18 @@ std::string surplusText(const CLI::App& line, const CLI::App& command) {
 
 }  // namespace
 
-int runCommandLine(int argumentCount, const char* const* arguments) {
+int runCommandLine(const std::vector<std::string>& arguments, std::span<AddCommands* const> commandGroups) {
     CLI::App line("Hosts the Korva audio object.", "korva");
     line.set_version_flag("--version", "korva " KORVA_VERSION);
     line.require_subcommand(1);
+    // On every system the same: what begins with a slash is a file.
+    line.allow_windows_style_options(false);
     Commands commands;
-    addProcess(line, commands);
-    addEndpoint(line, commands);
-    addPreset(line, commands);
-    addCatalogue(line, commands);
-    addModule(line, commands);
-    addRegistry(line, commands);
-    addRegistration(line, commands);
+    for (AddCommands* const add : commandGroups) {
+        add(line, commands);
+    }
     try {
-        line.parse(argumentCount, arguments);
+        line.parse(wordsFromLast(arguments));
     } catch (const CLI::CallForHelp&) {
         printOutput(line.help());
         return 0;

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <system_error>
 
+#include "platform/standard_streams.h"
+
 namespace korva::tool {
 namespace {
 
@@ -42,8 +44,8 @@ void printError(std::string_view text) {
 }
 
 void printNotice(std::string_view text) {
-    const std::string line = "korva: " + asOneLine(text) + "\n";
-    std::fwrite(line.data(), 1, line.size(), stderr);
+    // Nowhere is left to tell that it failed.
+    static_cast<void>(platform::writeText(stderr, "korva: " + asOneLine(text) + "\n"));
 }
 
 }  // namespace korva::tool

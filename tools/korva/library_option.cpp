@@ -1,6 +1,7 @@
 #include "korva/library_option.h"
 
 #include "korva/errors.h"
+#include "korva/file_path.h"
 #include "korva/host/audio_object_library.h"
 
 namespace korva::tool {
@@ -12,7 +13,7 @@ std::filesystem::path libraryFile(bool isNamed, const std::string& name) {
     if (name.empty()) {
         fail("--library takes a file, not ''");
     }
-    return std::filesystem::absolute(name);
+    return std::filesystem::absolute(pathOfText(name));
 }
 
 }  // namespace korva::tool

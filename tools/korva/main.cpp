@@ -1,23 +1,31 @@
 #include <exception>
 
 #include "korva/command_line.h"
+#include "korva/command_table.h"
 #include "korva/errors.h"
-#include "korva/interruption.h"
-#include "korva/standard_streams.h"
+#include "platform/interruption.h"
+#include "platform/program_arguments.h"
+#include "platform/standard_streams.h"
 
 namespace {
 
 constexpr int failed = 2;
 constexpr int endedBySignal = 128;  // plus the signal's number, as shells count
 
+void prepare() {
+    if (const std::error_code error = korva::platform::prepareStandardStreams()) {
+        korva::tool::fail("cannot open /dev/null: {}", error.message());
+    }
+    korva::platform::catchInterruptions();
+}
+
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
     using namespace korva::tool;
     try {
-        reserveStandardStreams();
-        catchInterruptions();
-        return runCommandLine(argumentCount, arguments);
+        prepare();
+        return runCommandLine(korva::platform::programArguments(argumentCount, arguments), commandTable);
     } catch (const Interrupted& interrupted) {
         printError("interrupted");
         return endedBySignal + interrupted.signal;

@@ -1,73 +1,57 @@
 #include "korva/whole_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <array>
-#include <cerrno>
+#include <memory>
 
 #include "korva/errors.h"
 #include "korva/interruption.h"
+#include "platform/input_stream.h"
 
 namespace korva::tool {
 namespace {
+
+using platform::InputStream;
 
 bool isStandardInput(const std::string& path) {
     return path == "-";
 }
 
-/// A descriptor that this object closes, unless it is standard input's.
-class Source {
-public:
-    explicit Source(const std::string& path)
-        // A pipe that nobody writes yet is waited for where a signal can end it, not here.
-        : descriptor(isStandardInput(path)
-                         ? STDIN_FILENO
-                         : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)) {
-        if (descriptor < 0) {
-            fail("cannot read '{}': {}", path, systemMessage(errno));
-        }
+std::unique_ptr<InputStream> openInput(const std::string& path) {
+    if (isStandardInput(path)) {
+        return std::make_unique<InputStream>();
     }
-    ~Source() {
-        if (descriptor != STDIN_FILENO) {
-            close(descriptor);
-        }
+    std::error_code error;
+    auto input = std::make_unique<InputStream>(path, error);
+    if (error) {
+        fail("cannot read '{}': {}", path, error.message());
     }
-    Source(const Source&) = delete;
-    Source& operator=(const Source&) = delete;
-
-    [[nodiscard]] bool isFolder() const {
-        struct stat status {};
-        return fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
-    }
-
-    const int descriptor;
-};
+    return input;
+}
 
 /// As much as can be had at once; false at the end.
-bool readMore(int source, const std::string& name, std::string& bytes) {
+bool readMore(InputStream& input, const std::string& name, std::string& bytes) {
     std::array<char, 1 << 16> block;
-    waitUntilReady(source, Direction::read);
-    const ssize_t count = read(source, block.data(), block.size());
-    if (count > 0) {
-        bytes.append(block.data(), static_cast<std::size_t>(count));
-    } else if (count < 0 && errno != EINTR && errno != EAGAIN) {
-        fail("cannot read '{}': {}", name, systemMessage(errno));
+    const platform::InputRead read = input.read(block);
+    if (read.isInterrupted) {
+        throwIfInterrupted();
     }
-    return count != 0;
+    if (read.error) {
+        fail("cannot read '{}': {}", name, read.error.message());
+    }
+    bytes.append(block.data(), read.byteCount);
+    return read.byteCount != 0;
 }
 
 }  // namespace
 
 std::string readWholeFile(const std::string& path, std::size_t maxBytes) {
     const std::string name = inputName(path);
-    const Source source(path);
-    if (source.isFolder()) {
+    const auto input = openInput(path);
+    if (input->isFolder()) {
         fail("cannot read '{}': it is a folder", name);
     }
     std::string bytes;
-    while (readMore(source.descriptor, name, bytes)) {
+    while (readMore(*input, name, bytes)) {
         if (bytes.size() > maxBytes) {
             fail("cannot read '{}': it is larger than {} MiB", name, maxBytes >> 20);
         }

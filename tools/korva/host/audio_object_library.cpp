@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+#include "korva/file_path.h"
 #include "korva/host/host_error.h"
 #include "platform/property_key.h"
 #include "platform/published/results.h"
@@ -25,7 +26,7 @@ platform::ModuleLibrary loadLibrary(const std::filesystem::path& file, const std
 
 AudioObjectLibrary::AudioObjectLibrary(const std::filesystem::path& file,
                                        const std::filesystem::path& knownAs)
-    : name(knownAs.string()),
+    : name(textOfPath(knownAs)),
       library(loadLibrary(file, name)),
       getClassObject(find<GetClassObject>("DllGetClassObject")),
       canUnloadNow(find<Ask>("DllCanUnloadNow")) {}

@@ -1,4 +1,5 @@
 #include "korva/process/sound_reader.h"
+#include "korva/process/muted_standard_error.h"
 
 #include <sndfile.h>
 
@@ -7,10 +8,9 @@
 #include <vector>
 
 #include "korva/errors.h"
-#include "korva/input_file.h"
 #include "korva/process/channel_order.h"
+#include "korva/process/input_file.h"
 #include "korva/process/truncation.h"
-#include "korva/standard_streams.h"
 
 namespace korva::tool {
 namespace {

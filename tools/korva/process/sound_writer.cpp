@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "korva/errors.h"
-#include "korva/output_file.h"
 #include "korva/process/channel_order.h"
+#include "korva/process/output_file.h"
 
 namespace korva::tool {
 namespace {

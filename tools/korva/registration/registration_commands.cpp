@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "korva/errors.h"
+#include "korva/file_path.h"
 #include "korva/host/audio_object_library.h"
 #include "korva/json.h"
 #include "korva/library_option.h"
@@ -35,7 +36,7 @@ void runRegistration(Registration registration, const RegistrationOptions& optio
     } else {
         library.unregisterClasses();
     }
-    print(registration, options, file.string());
+    print(registration, options, textOfPath(file));
 }
 
 }  // namespace korva::tool

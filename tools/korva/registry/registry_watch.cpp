@@ -1,7 +1,4 @@
 // korva registry watch: a line for each change, as two looks in a row show it.
-#include <signal.h>
-#include <unistd.h>
-
 #include "korva/errors.h"
 #include "korva/interruption.h"
 #include "korva/registry/key_access.h"
@@ -120,7 +117,7 @@ std::string lineAsJson(const TreeChange& change) {
 /// Whole lines: a signal ends the command between two of them, also when nobody reads.
 void print(const std::vector<TreeChange>& changes, bool json) {
     for (const TreeChange& change : changes) {
-        waitUntilReady(STDOUT_FILENO, Direction::write);
+        waitUntilReady(platform::standardOutput(), Direction::write);
         printOutput(json ? lineAsJson(change) : lineAsText(change));
     }
 }
@@ -146,7 +143,7 @@ void runRegistryWatch(const RegistryOptions& options) {
     try {
         showChanges(options);
     } catch (const Interrupted& interrupted) {
-        if (interrupted.signal != SIGINT) {
+        if (interrupted.signal != platform::keyboardInterruption) {
             throw;
         }
     }

@@ -1,4 +1,4 @@
-#include "korva/input_file.h"
+#include "korva/process/input_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

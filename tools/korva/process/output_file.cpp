@@ -1,4 +1,4 @@
-#include "korva/output_file.h"
+#include "korva/process/output_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,9 +11,8 @@
 #include <span>
 
 #include "korva/errors.h"
-#include "korva/input_file.h"
 #include "korva/interruption.h"
-#include "korva/standard_streams.h"
+#include "korva/process/input_file.h"
 
 namespace korva::tool {
 namespace {
@@ -63,6 +62,14 @@ void copyOwnership(int file, const struct stat& replaced) {
         errno = 0;
     }
     fchmod(file, replaced.st_mode & 0777);
+}
+
+/// Whether a file is the one that standard output goes to, so that both would be mixed. Devices don't count:
+/// what goes to one twice goes to the same place.
+bool isStandardOutput(const struct stat& file) {
+    struct stat output {};
+    return !S_ISCHR(file.st_mode) && fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == file.st_dev &&
+           output.st_ino == file.st_ino;
 }
 
 class Descriptor {
