@@ -1,0 +1,37 @@
+#include "platform/key_tree.h"
+
+#include <cstdint>
+#include <string>
+
+namespace korva::platform {
+
+using namespace registry_result;
+
+namespace {
+
+// What can't be deleted is stepped over, and makes the deletion of `key` itself fail.
+void deleteKeysBelow(const RegistryKey& key) {
+    std::uint32_t index = 0;
+    for (std::string name; key.keyName(index, name) == success;) {
+        if (deleteKeyTree(key, name) != success) {
+            ++index;
+        }
+    }
+}
+
+}  // namespace
+
+RegistryResult deleteKeyTree(const RegistryKey& parent, std::string_view path) {
+    RegistryResult result = parent.deleteKey(path);
+    if (result != success && result != notFound) {
+        RegistryKey key;
+        result = parent.open(path, RegistryAccess::readWrite, key);
+        if (result == success) {
+            deleteKeysBelow(key);
+            result = parent.deleteKey(path);
+        }
+    }
+    return result == notFound ? success : result;
+}
+
+}  // namespace korva::platform

@@ -1,0 +1,75 @@
+#include "services/instance_record.h"
+
+#include <cstddef>
+#include <utility>
+
+#include "platform/guid_literal.h"
+#include "platform/unicode.h"
+
+namespace korva::services {
+
+using framework::ActiveObject;
+using framework::ListenedTo;
+using framework::ObservableBase;
+using framework::Position;
+using framework::Reason;
+
+namespace {
+
+constexpr std::string_view typeName = "APOTypeStr";
+constexpr GUID typeFormat = platform::guidOf("{0F1BF368-7A66-4547-AB9D-7A41C5D25FD4}");
+
+}  // namespace
+
+// The listeners' contexts don't move: they are all made before the first one is given away.
+void InstanceRecord::attach(ActiveObject& source, std::span<const TelemetryRow> rows) {
+    detach(source);
+    publish(typeFormat, Text::variant(platform::toWide(effectType)));
+    key.writeString(typeName, effectType);
+    shown.reserve(rows.size());
+    for (const TelemetryRow& row : rows) {
+        shown.push_back({*this, row});
+    }
+    // Whom the store tells of a value may detach.
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        shown[i].row.observable(source).subscribe(&shown[i], beforeChange, afterChange, Position::last, false,
+                                                  true);
+    }
+}
+
+void InstanceRecord::detach(ActiveObject& source) {
+    std::vector<Shown> ending = std::move(shown);
+    shown.clear();
+    if (ending.empty()) {
+        return;
+    }
+    publish(typeFormat, PROPVARIANT{});
+    for (Shown& each : ending) {
+        each.row.observable(source).unsubscribe(&each, beforeChange, afterChange, true, false);
+    }
+}
+
+void InstanceRecord::publish(const GUID& format, const PROPVARIANT& value) const {
+    if (const framework::Ref<IPropertyStore> target = store.value()) {
+        target->SetValue({format, instanceNumber}, value);
+    }
+}
+
+void InstanceRecord::beforeChange(void* context, ListenedTo& source, ActiveObject&, const void*, void*,
+                                  const void*, Reason) {
+    const auto [record, row] = *static_cast<const Shown*>(context);
+    if (!static_cast<const ObservableBase&>(source).isDefault()) {
+        record.publish(row.propertyFormat, PROPVARIANT{});
+    }
+}
+
+void InstanceRecord::afterChange(void* context, ListenedTo& source, ActiveObject&, const void* published,
+                                 void*, const void*, Reason) {
+    const auto [record, row] = *static_cast<const Shown*>(context);
+    if (!static_cast<const ObservableBase&>(source).isDefault()) {
+        record.publish(row.propertyFormat, row.variant(published));
+        row.write(record.key, row.name, published);
+    }
+}
+
+}  // namespace korva::services
