@@ -4,10 +4,11 @@ set(BUILD_GMOCK OFF CACHE BOOL "" FORCE)
 set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 
-# korva_test(NAME LABEL label [RESOURCE_LOCK name] SOURCES ... LIBRARIES ...): a GoogleTest program, each of its tests
-# known to ctest as <label>.<suite>.<name>. Of those with a lock of one name, one runs at a time.
+# korva_test(NAME [RUN_SERIAL] LABEL label [RESOURCE_LOCK name] SOURCES ... LIBRARIES ...): a GoogleTest program, each
+# of its tests known to ctest as <label>.<suite>.<name>. Of those with a lock of one name, one runs at a time; with
+# RUN_SERIAL none but one, of whatever program.
 function(korva_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL;RESOURCE_LOCK" "SOURCES;LIBRARIES;DEFINITIONS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "RUN_SERIAL" "LABEL;RESOURCE_LOCK" "SOURCES;LIBRARIES;DEFINITIONS")
     add_executable(${name} ${arg_SOURCES})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_definitions(${name} PRIVATE ${arg_DEFINITIONS})
@@ -30,6 +31,9 @@ function(korva_test name)
     set(lock)
     if(arg_RESOURCE_LOCK)
         set(lock RESOURCE_LOCK ${arg_RESOURCE_LOCK})
+    endif()
+    if(arg_RUN_SERIAL)
+        list(APPEND lock RUN_SERIAL TRUE)
     endif()
     gtest_discover_tests(${name}
         TEST_PREFIX "${arg_LABEL}."

@@ -40,6 +40,7 @@ EffectCore::EffectCore(std::uint32_t type, Surroundings found)
     clientListReading =
         watch(userStore).whileSet(&EffectCore::readClientList, [this] { clientList.reset(); });
     watchForEngine();
+    watchForTelemetry();
 }
 
 void EffectCore::describeMembers(framework::ClassInfo& info) {
@@ -91,6 +92,13 @@ void EffectCore::describeMembers(framework::ClassInfo& info) {
     describe(info, "PresetLoad_ParamBytesReceivedByDSP", &EffectCore::presetLoadParamBytesReceivedByDsp);
     describe(info, "PresetLoadStartTimeMS", &EffectCore::presetLoadStartTimeMs);
     describe(info, "PresetLoadCount", &EffectCore::presetLoadCount);
+    describe(info, "PresetDSPParamBytesSent", &EffectCore::presetDspParamBytesSent);
+    describe(info, "DSPCycleCount", &EffectCore::dspCycleCount);
+    describe(info, "DSPFrameCount", &EffectCore::dspFrameCount);
+    describe(info, "ParamBytesSentByDSP", &EffectCore::paramBytesSentByDsp);
+    describe(info, "ParamBytesReceivedByDSP", &EffectCore::paramBytesReceivedByDsp);
+    describe(info, "BufferSizeMS", &EffectCore::bufferSizeMs);
+    describe(info, "CPUUsage", &EffectCore::cpuUsage);
     describe(info, "InputLevelMeters", &EffectCore::inputLevelMeters);
     describe(info, "OutputLevelMeters", &EffectCore::outputLevelMeters);
     describe(info, "DSPInputLevelMeters", &EffectCore::dspInputLevelMeters);
@@ -106,8 +114,10 @@ void EffectCore::onClose() {
     fallbackStoreTask = {};
     clientListReading.drop();
     selecting.drop();
+    showing.drop();
     dspEngine.reset();
     processor.hardwareMode.set(false);
+    telemetry.key.remove();
     fallbackStore = nullptr;
     ActiveObject::onClose();
     // A change among whose listeners this is goes through first, and sets what has just been cleared.

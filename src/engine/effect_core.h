@@ -18,6 +18,7 @@
 #include "framework/nested_watch.h"
 #include "framework/wiring.h"
 #include "params/effects_store_provider.h"
+#include "params/fx_store_watcher.h"
 #include "platform/host_event.h"
 #include "platform/module_library.h"
 #include "platform/published/audio_interfaces.h"
@@ -27,7 +28,9 @@
 #include "platform/published/device_interfaces.h"
 #include "platform/unicode.h"
 #include "rt/rt_processor.h"
+#include "services/byte_count.h"
 #include "services/instance_number_pool.h"
+#include "services/instance_record.h"
 
 namespace korva::engine {
 
@@ -39,16 +42,6 @@ struct Surroundings {
     std::filesystem::path moduleFolder = platform::ownLibraryFolder();  ///< Where DSP modules lie.
     bool systemSuppliesStores = params::systemSuppliesEffectStores();
     std::function<framework::Ref<IMMDeviceEnumerator>()> newDeviceEnumerator = systemDeviceEnumerator;
-};
-
-/// Bytes of parameters that a module counted, and when.
-struct ParamByteCount {
-    std::uint32_t bytes = 0;
-    std::uint32_t clockStart = 0;  ///< Of the module's own clock, ms.
-    std::uint32_t clockEnd = 0;
-    std::uint32_t captureClock = 0;  ///< Of the process clock before the module was asked, ms.
-
-    bool operator==(const ParamByteCount&) const = default;
 };
 
 /// Copies of four parameters of the engine's own, as they were sent last. Nothing reads them so far.
@@ -75,7 +68,8 @@ using PlaneLevels = std::array<float, rt::planeCount>;
 ///     parameter_traffic   the parameters that it gets meanwhile
 ///     stream_lock         the formats and the life of a stream
 ///     notifications       what the system tells
-///     diagnostics         what a module is asked for
+///     telemetry           which values are shown to diagnostic tools
+///     diagnostics         what a module is asked for when a tool asks
 ///     initialization      what the audio engine sets an object up with
 ///     effects_list        what an object says of its effects
 ///     effect_core         construction and close
@@ -206,9 +200,18 @@ public:
     Value<bool> lastInstance{*this};
     Value<std::uint64_t> moduleVersion{*this};  ///< This library's: four 16-bit fields.
     Value<std::uint32_t> dspModuleVersion{*this};
-    Value<ParamByteCount> presetLoadParamBytesReceivedByDsp{*this};
+    Value<services::ByteCount> presetLoadParamBytesReceivedByDsp{*this};
     Value<std::uint32_t> presetLoadStartTimeMs{*this};  ///< Of the process clock.
     Value<std::uint32_t> presetLoadCount{*this};        ///< How often an engine has started.
+    Value<std::uint32_t> presetDspParamBytesSent{*this};
+
+    // What is measured when a tool asks.
+    Value<std::uint32_t> dspCycleCount{*this};
+    Value<std::uint32_t> dspFrameCount{*this};
+    Value<services::ByteCount> paramBytesSentByDsp{*this};
+    Value<services::ByteCount> paramBytesReceivedByDsp{*this};
+    Value<std::uint32_t> bufferSizeMs{*this};
+    Value<std::uint32_t> cpuUsage{*this};  ///< Of the time that a buffer lasts, in tenths of a percent.
     Value<PlaneLevels> inputLevelMeters{*this};
     Value<PlaneLevels> outputLevelMeters{*this};
     Value<PlaneLevels> dspInputLevelMeters{*this};
@@ -263,9 +266,21 @@ private:
     void beginStream(const rt::EngineFormat& in, const rt::EngineFormat& out);
     void setFormats(const rt::EngineFormat& in, const rt::EngineFormat& out);
 
+    // telemetry.cpp
+    void watchForTelemetry();
+
     // diagnostics.cpp
+    void watchRequests();
+    void unwatchRequests();
+    static void onRequests(void* context, framework::ListenedTo& source, framework::ActiveObject& owner,
+                           const void* published, void* pending, const void* defaultValue,
+                           framework::Reason reason);
+    void diagnosticsPull();
+    [[nodiscard]] bool isRequested(std::string_view name, std::uint32_t& lastSeen) const;
+    [[nodiscard]] bool areMetersRequested();
     void resetLevelMeters();
     void pullLevelMeters();
+    void publishLoad();
 
     // notifications.cpp
     [[nodiscard]] bool isOwnEndpoint(IMMDevice* endpoint) const;
@@ -299,11 +314,24 @@ private:
     framework::TaskHandle clientListTask;
     framework::TaskHandle fallbackStoreTask;
 
+    services::InstanceRecord telemetry{number.get(), effectTypeText, volatileStore};
+    framework::Held<params::FxStoreWatcher> keyWatcher;  ///< Of the own key, while a stream is locked.
+
+    /// What tools asked for last: any other number asks anew.
+    struct LastRequests {
+        std::uint32_t cycleCount = 0;
+        std::uint32_t frameCount = 0;
+        std::uint32_t bytesSent = 0;
+        std::uint32_t bytesReceived = 0;
+    };
+    LastRequests lastRequests;
+
     framework::NestedWatch clientListReading;
     framework::NestedWatch selecting;  ///< Holds an engine built, and started while there is a rate.
     framework::NestedWatch waking;     ///< These tell it of what changes.
     framework::NestedWatch sendingSysFxDisabled;
     framework::NestedWatch sendingMasterVolume;
+    framework::NestedWatch showing;  ///< The telemetry shows the values.
 
     PlaneLevels dspInputLevels{};  ///< As the module told them last.
     PlaneLevels dspOutputLevels{};

@@ -1,8 +1,8 @@
 // What a module is told as its engine starts, while it runs, and as it stops.
-#include <optional>
 #include <utility>
 
 #include "engine/effect_core.h"
+#include "engine/module_answers.h"
 #include "engine/volume_level.h"
 #include "korva/dsp_module.h"
 #include "platform/process_clock.h"
@@ -12,23 +12,6 @@ namespace korva::engine {
 
 using framework::Held;
 using framework::Ref;
-
-namespace {
-
-std::uint32_t clockMs() noexcept {
-    return static_cast<std::uint32_t>(platform::processClockMs());
-}
-
-/// What the module tells by that number; nothing unless it has the size of a `T`.
-template <class T>
-std::optional<T> askModule(DspEngine& engine, std::int32_t id) {
-    T answer{};
-    const auto out = std::as_writable_bytes(std::span(&answer, 1));
-    const std::uint32_t count = engine.SetGetData(KORVA_BANK_ENGINE, id, {}, out);
-    return count == sizeof(T) ? std::optional(answer) : std::nullopt;
-}
-
-}  // namespace
 
 // Sound comes last: the module has all its parameters before the first block. Listeners of what is published
 // on the way may stop the engine, and start it anew: then the rest is not, or no more, to be done.
@@ -41,7 +24,7 @@ void EffectCore::engineStart() {
     engine->Initialize(in, out, none);
     readModuleVersion(*engine);
     countParameterBytesAnew(*engine);
-    presetLoadStartTimeMs.set(clockMs());
+    presetLoadStartTimeMs.set(static_cast<std::uint32_t>(platform::processClockMs()));
     presetLoadCount.set(presetLoadCount.value() + 1);
     if (!rtEngine || sentReaders) {
         return;
@@ -80,10 +63,8 @@ void EffectCore::readModuleVersion(DspEngine& engine) {
 }
 
 void EffectCore::countParameterBytesAnew(DspEngine& engine) {
-    const std::uint32_t captureClock = clockMs();
-    if (const auto count = askModule<DspByteCount>(engine, KORVA_DATA_BYTES_RECEIVED)) {
-        presetLoadParamBytesReceivedByDsp.set(
-            {count->bytes, count->clockStart, count->clockEnd, captureClock});
+    if (const auto count = askByteCount(engine, KORVA_DATA_BYTES_RECEIVED)) {
+        presetLoadParamBytesReceivedByDsp.set(*count);
     }
     const std::uint32_t restart = 0;
     engine.SetGetData(KORVA_BANK_ENGINE, KORVA_DATA_PARAMETER_BYTES, std::as_bytes(std::span(&restart, 1)),

@@ -61,10 +61,15 @@ HRESULT EffectCore::lockForProcess(std::span<APO_CONNECTION_DESCRIPTOR* const> i
 
 void EffectCore::beginStream(const rt::EngineFormat& in, const rt::EngineFormat& out) {
     setFormats(in, out);
-    if (const framework::Held<DspEngine> engine = dspEngine.value()) {
+    const framework::Held<DspEngine> engine = dspEngine.value();
+    if (engine) {
         readModuleVersion(*engine);
+    }
+    watchRequests();
+    if (engine) {
         engine->Clear(everything);
     }
+    (void)areMetersRequested();
     resetLevelMeters();
     pullLevelMeters();
 }
@@ -73,6 +78,7 @@ void EffectCore::unlockForProcess() {
     assert(isOwnerThread());
     if (locked.value()) {
         locked.set(false);
+        unwatchRequests();
         processor.started.set(false);
     }
 }

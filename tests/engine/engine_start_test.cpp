@@ -140,15 +140,15 @@ TEST_F(EngineStart, TakesACountOfParameterBytesOf12BytesOnly) {
                                     "data:-1:-43=010000000200000003000000,count:-1:-43=13"}) {
         rig.recording.answer(wrong);
         rig.lock();
-        EXPECT_EQ(rig.core().presetLoadParamBytesReceivedByDsp.read(), ParamByteCount{}) << wrong;
+        EXPECT_EQ(rig.core().presetLoadParamBytesReceivedByDsp.read(), services::ByteCount{}) << wrong;
         lockAtRate(0);
         rig.unlock();
     }
     rig.recording.answer("data:-1:-43=010000000200000003000000");
     const std::uint32_t before = clockMs();
     rig.lock();
-    const ParamByteCount count = rig.core().presetLoadParamBytesReceivedByDsp.read();
-    EXPECT_EQ(count, (ParamByteCount{1, 2, 3, count.captureClock}));
+    const services::ByteCount count = rig.core().presetLoadParamBytesReceivedByDsp.read();
+    EXPECT_EQ(count, (services::ByteCount{1, 2, 3, count.captureClock}));
     EXPECT_GE(count.captureClock, before);
     EXPECT_LE(count.captureClock, clockMs());
 }

@@ -88,6 +88,9 @@ EffectRig::EffectRig(const RigOptions& options)
         modules.putLibrary(KORVA_RECORDER_MODULE, name);
     }
     static_cast<void>(endpoint.makeSet(params::property_set::user));
+    if (options.hasTelemetry) {
+        telemetryBase.emplace();
+    }
     devices->put(endpoint.id(), device);
     devices->put(otherEndpoint.id(), otherDevice);
     engine::Surroundings surroundings{

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,6 +20,7 @@
 #include "tests/support/own_endpoint.h"
 #include "tests/support/own_folder.h"
 #include "tests/support/recorded_calls.h"
+#include "tests/support/telemetry_base.h"
 
 namespace korva::test {
 
@@ -46,6 +48,7 @@ struct RigOptions {
     std::uint32_t effectType = 2;
     bool systemSuppliesStores = false;  ///< The device is asked for a provider first.
     bool hasEnumerator = true;          ///< Else the system has no devices.
+    bool hasTelemetry = false;          ///< There is a place where instances show themselves.
 };
 
 /// A connection as the audio engine announces it.
@@ -128,6 +131,7 @@ public:
 
     OwnEndpoint endpoint;
     OwnEndpoint otherEndpoint{endpoint, "other"};
+    std::optional<TelemetryBase> telemetryBase;
     OwnFolder modules;
     Recording recording;
     framework::Ref<FakeDevice> device;       ///< The own endpoint's.

@@ -67,6 +67,17 @@ public:
         reads.clear();
     }
 
+    [[nodiscard]] bool isEmpty() {
+        const std::lock_guard guard(mutex);
+        return entries.empty();
+    }
+
+    /// What `SetValue` was called for since the last time, in order.
+    [[nodiscard]] std::vector<PROPERTYKEY> newlySet() {
+        const std::lock_guard guard(mutex);
+        return std::exchange(setKeys, {});
+    }
+
     std::atomic<std::uint32_t> readCount{0};
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override {
@@ -93,8 +104,21 @@ public:
         }
         return published::ok;
     }
-    HRESULT STDMETHODCALLTYPE SetValue(REFPROPERTYKEY, REFPROPVARIANT) override {
-        return published::notImplemented;
+    HRESULT STDMETHODCALLTYPE SetValue(REFPROPERTYKEY key, REFPROPVARIANT value) override {
+        {
+            const std::lock_guard guard(mutex);
+            setKeys.push_back(key);
+        }
+        if (value.vt == VT_EMPTY) {
+            remove(key);
+        } else if (value.vt == VT_BLOB) {
+            putBlob(key, std::as_bytes(std::span(value.blob.pBlobData, value.blob.cbSize)));
+        } else if (value.vt == VT_LPWSTR) {
+            put(key, {.texts = {value.pwszVal}}, VT_LPWSTR);
+        } else {
+            putPlain(key, value);
+        }
+        return published::ok;
     }
     HRESULT STDMETHODCALLTYPE Commit() override { return published::ok; }
 
@@ -150,6 +174,7 @@ private:
     std::atomic<ULONG> references{1};
     std::map<Ordered, Entry> entries;
     std::map<Ordered, std::uint32_t> reads;
+    std::vector<PROPERTYKEY> setKeys;
 };
 
 #pragma GCC diagnostic pop
