@@ -120,11 +120,5 @@ TEST_F(Catalogue, AnUnknownEngineIsRefusedWithThoseThereAre) {
     }
 }
 
-TEST_F(Catalogue, AResultThatCannotBePrintedIsAnError) {
-    Launch launch = tool({"catalogue"});
-    launch.outputPath = "/dev/full";
-    EXPECT_TRUE(failedWith(run(launch), {"standard output", "No space left"}));
-}
-
 }  // namespace
 }  // namespace korva::test

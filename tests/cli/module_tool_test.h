@@ -10,6 +10,7 @@
 #include "korva/preset/preset.h"
 #include "tests/cli/module_alone.h"
 #include "tests/cli/preset_tool_test.h"
+#include "tests/cli/process_support.h"
 
 namespace korva::test {
 

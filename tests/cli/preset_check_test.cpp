@@ -85,13 +85,6 @@ TEST_F(PresetCheck, AFileLargerThanAnyPresetIsAnError) {
     EXPECT_TRUE(failedWith(preset({"check", path("preset.json")}), {"larger than 64 MiB"}));
 }
 
-TEST_F(PresetCheck, ADeviceWithoutEndIsAnErrorAndIsWrittenNowhere) {
-    Launch launch = presetLaunch({"check", "/dev/zero"});
-    launch.fileSizeLimit = 1 << 20;
-    EXPECT_TRUE(failedWith(run(launch), {"/dev/zero", "larger than 64 MiB"}));
-    EXPECT_EQ(namesIn(temporaryFolder), std::vector<std::string>{});
-}
-
 TEST_F(PresetCheck, StandardInputIsReadForADash) {
     Launch launch = presetLaunch({"check", "-"});
     launch.input = presetJson(thirdEngine, "");
@@ -107,12 +100,6 @@ TEST_F(PresetCheck, StandardInputIsReadForADash) {
 TEST_F(PresetCheck, NoRegistryIsMade) {
     EXPECT_EQ(check(presetJson(thirdEngine, "")).exitCode, 0);
     EXPECT_FALSE(std::filesystem::exists(registryPath()));
-}
-
-TEST_F(PresetCheck, AResultThatCannotBePrintedIsAnError) {
-    Launch launch = presetLaunch({"check", file(faulty())});
-    launch.outputPath = "/dev/full";
-    EXPECT_TRUE(failedWith(run(launch), {"standard output", "No space left"}));
 }
 
 TEST_F(PresetCheck, HelpNamesTheCommands) {

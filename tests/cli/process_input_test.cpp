@@ -5,7 +5,7 @@
 #include <fstream>
 #include <ostream>
 
-#include "tests/cli/tool_test.h"
+#include "tests/cli/process_support.h"
 
 namespace korva::test {
 namespace {
@@ -18,7 +18,7 @@ protected:
 
     /// The tool with an input whose reads fail after some bytes.
     [[nodiscard]] Launch withBrokenReads(const std::string& input, std::uint64_t bytes) const {
-        Launch launch = onBrokenDisk({"process", input, path("out.wav")});
+        Launch launch = onBrokenDisk(tool({"process", input, path("out.wav")}));
         launch.environment["BROKEN_READ_PATH"] = input;
         launch.environment["BROKEN_READ_AFTER"] = std::to_string(bytes);
         return launch;

@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "tests/cli/folder_watch.h"
-#include "tests/cli/tool_test.h"
+#include "tests/cli/process_support.h"
 
 namespace korva::test {
 namespace {
@@ -58,7 +58,7 @@ TEST_F(ProcessInterruption, LeavesAnExistingOutputUntouched) {
 TEST_F(ProcessInterruption, CountsUntilTheOutputIsInItsPlace) {
     writeSound(path("short.wav"), makeNoise(2, 100));
     writeBytes(path("result/out.wav"), "old");
-    launch = onBrokenDisk({"process", path("short.wav"), path("result/out.wav")});
+    launch = onBrokenDisk(tool({"process", path("short.wav"), path("result/out.wav")}));
     launch.environment["BROKEN_SYNC"] = "interrupt";  // when all else is done
     const Outcome outcome = run(launch);
     EXPECT_EQ(outcome.exitCode, 130);

@@ -5,7 +5,7 @@
 #include <limits>
 #include <ostream>
 
-#include "tests/cli/tool_test.h"
+#include "tests/cli/process_support.h"
 
 namespace korva::test {
 namespace {
@@ -286,7 +286,7 @@ TEST_F(ProcessOutput, AWriteThatFailsIsAnErrorAndLeavesAnExistingFileUntouched) 
 
 TEST_F(ProcessOutput, AFileThatCannotBeBroughtToTheDiskIsAnErrorAndLeavesAnExistingFileUntouched) {
     writeBytes(path("out.wav"), "old");
-    Launch launch = onBrokenDisk({"process", path("in.wav"), path("out.wav")});
+    Launch launch = onBrokenDisk(tool({"process", path("in.wav"), path("out.wav")}));
     launch.environment["BROKEN_SYNC"] = "fail";
     EXPECT_TRUE(failedWith(run(launch), {"out.wav", "Input/output error"}));
     EXPECT_EQ(readBytes(path("out.wav")), "old");

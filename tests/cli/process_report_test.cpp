@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "rt/kernels/kernels.h"
-#include "tests/cli/tool_test.h"
+#include "tests/cli/process_support.h"
 
 namespace korva::test {
 namespace {

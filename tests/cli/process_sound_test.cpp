@@ -3,7 +3,7 @@
 #include <map>
 
 #include "rt/kernels/kernels.h"
-#include "tests/cli/tool_test.h"
+#include "tests/cli/process_support.h"
 
 namespace korva::test {
 namespace {

@@ -1,18 +1,9 @@
 #include "tests/cli/tool_test.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstdint>
-#include <cstdlib>
 #include <utility>
 
-// The leak sanitizer asks every program: what a library of others doesn't give back.
-// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the sanitizer's name
-extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions();
-extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() {
-    return "leak:libvorbis\n";
-}
-// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
+#include "korva/file_path.h"
 
 namespace korva::test {
 namespace {
@@ -26,35 +17,19 @@ testing::AssertionResult unexpected(const Outcome& outcome) {
 }  // namespace
 
 ToolTest::ToolTest() {
-    std::string name = (std::filesystem::temp_directory_path() / "korva-cli-XXXXXX").string();
-    root = mkdtemp(name.data());
-    folder = root / "files";
-    temporaryFolder = root / "temporary";
     std::filesystem::create_directory(folder);
     std::filesystem::create_directory(temporaryFolder);
 }
 
-ToolTest::~ToolTest() {
-    std::filesystem::remove_all(root);
-}
-
 std::string ToolTest::path(const std::string& name) const {
-    return (folder / name).string();
+    return tool::textOfPath(folder / tool::pathOfText(name));
 }
 
 Launch ToolTest::tool(std::vector<std::string> arguments) const {
     return {.program = KORVA_TOOL,
             .arguments = std::move(arguments),
-            .environment = {{"TMPDIR", temporaryFolder.string()},
+            .environment = {{"TMPDIR", tool::textOfPath(temporaryFolder)},
                             {"LSAN_OPTIONS", "print_suppressions=0:suppressions=" KORVA_LIBRARY_LEAKS}}};
-}
-
-Launch ToolTest::onBrokenDisk(std::vector<std::string> arguments) const {
-    Launch launch = tool(std::move(arguments));
-    launch.environment["LD_PRELOAD"] = KORVA_BROKEN_DISK;
-    // The address sanitizer wants to come first, and needn't.
-    launch.environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
-    return launch;
 }
 
 Outcome ToolTest::runTool(std::vector<std::string> arguments) const {
@@ -71,7 +46,7 @@ Outcome ToolTest::process(const std::string& input, const std::string& output,
 std::vector<std::string> ToolTest::namesIn(const std::filesystem::path& folder) {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        names.push_back(entry.path().filename().string());
+        names.push_back(tool::textOfPath(entry.path().filename()));
     }
     std::ranges::sort(names);
     return names;
@@ -93,19 +68,6 @@ testing::AssertionResult succeededQuietly(const Outcome& outcome) {
         return testing::AssertionSuccess();
     }
     return unexpected(outcome);
-}
-
-testing::AssertionResult sameBits(const std::vector<float>& actual, const std::vector<float>& expected) {
-    if (actual.size() != expected.size()) {
-        return testing::AssertionFailure() << actual.size() << " samples, not " << expected.size();
-    }
-    for (std::size_t i = 0; i < actual.size(); ++i) {
-        if (std::bit_cast<std::uint32_t>(actual[i]) != std::bit_cast<std::uint32_t>(expected[i])) {
-            return testing::AssertionFailure()
-                   << "sample " << i << " is " << actual[i] << ", not " << expected[i];
-        }
-    }
-    return testing::AssertionSuccess();
 }
 
 }  // namespace korva::test

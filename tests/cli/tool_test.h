@@ -8,22 +8,20 @@
 #include <vector>
 
 #include "tests/support/child_process.h"
-#include "tests/support/sound_files.h"
+#include "tests/support/file_bytes.h"
+#include "tests/support/own_folder.h"
 
 namespace korva::test {
 
 class ToolTest : public testing::Test {
 protected:
     ToolTest();
-    ~ToolTest() override;
 
     /// A path in the test's folder.
     [[nodiscard]] std::string path(const std::string& name) const;
 
     /// The tool with these arguments; its temporary files are in `temporaryFolder`.
     [[nodiscard]] Launch tool(std::vector<std::string> arguments) const;
-    /// The tool with the disk of broken_disk.c, whose faults are set in the environment.
-    [[nodiscard]] Launch onBrokenDisk(std::vector<std::string> arguments) const;
     [[nodiscard]] Outcome runTool(std::vector<std::string> arguments) const;
 
     /// `korva process`, quiet.
@@ -33,11 +31,12 @@ protected:
     /// Names of all that is in a folder, hidden files too, in order.
     [[nodiscard]] static std::vector<std::string> namesIn(const std::filesystem::path& folder);
 
-    std::filesystem::path folder;           ///< For the test's files. Empty at first.
-    std::filesystem::path temporaryFolder;  ///< Beside it. Empty at first.
-
 private:
-    std::filesystem::path root;
+    OwnFolder root;
+
+protected:
+    const std::filesystem::path folder = root.path() / "files";               ///< The test's; empty at first.
+    const std::filesystem::path temporaryFolder = root.path() / "temporary";  ///< Beside it; empty at first.
 };
 
 /// Whether the tool failed with one line that has all of `parts`, and said nothing else.
@@ -46,9 +45,5 @@ private:
 
 /// Whether the tool did its work and said nothing.
 [[nodiscard]] testing::AssertionResult succeededQuietly(const Outcome& outcome);
-
-/// Whether two signals are the same to the bit.
-[[nodiscard]] testing::AssertionResult sameBits(const std::vector<float>& actual,
-                                                const std::vector<float>& expected);
 
 }  // namespace korva::test

@@ -1,10 +1,9 @@
 // Running a program as a user does, and seeing all that it gives back.
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,12 +11,16 @@
 
 namespace korva::test {
 
-/// What a program is started with. Signals act on it as by default, whatever the test was started with.
+/// What a program is started with, all text in UTF-8. Signals act on it as by default, whatever the test was
+/// started with.
 struct Launch {
     std::string program{};
     std::vector<std::string> arguments{};
     std::map<std::string, std::string> environment{};  ///< Beside the test's own.
     std::string input{};                               ///< What it reads from standard input, up to 64 KiB.
+    bool inputStaysOpen = false;                       ///< It can be given more, see `ChildProcess::say`.
+
+    // On Linux only:
     std::string outputPath{};          ///< Where its standard output goes; empty: to the test.
     std::vector<int> closedStreams{};  ///< Of the standard three.
     std::vector<int> ignoredSignals{};
@@ -41,7 +44,13 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
+    /// To other systems than Linux: what Ctrl-Break does there, whatever the signal.
     void send(int signal) const;
+
+    /// Gives it `text` to read, and waits until it has read so much that the rest fits into the pipe.
+    void say(std::string_view text);
+    /// Lets nobody read its standard output any more.
+    void closeOutput();
 
     /// Waits until standard error has `text`. False if the program ends without, or after a minute.
     [[nodiscard]] bool waitForError(std::string_view text);
@@ -55,9 +64,8 @@ private:
     bool readMore();
     bool waitForText(const std::string& stream, std::string_view text);
 
-    pid_t process = -1;
-    int outputEnd = -1;
-    int errorEnd = -1;
+    struct Ends;
+    std::unique_ptr<Ends> ends;
     Outcome outcome;
 };
 

@@ -122,20 +122,4 @@ void writeLongSound(const std::string& path, std::uint32_t frames) {
     std::filesystem::resize_file(path, header.size() + frames);
 }
 
-std::string readBytes(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        throw std::runtime_error(path + ": can't be read");
-    }
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void writeBytes(const std::string& path, const std::string& bytes) {
-    std::ofstream file(path, std::ios::binary);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!file.flush()) {
-        throw std::runtime_error(path + ": can't be written");
-    }
-}
-
 }  // namespace korva::test

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/file_bytes.h"
+
 namespace korva::test {
 
 /// A sound file's contents. Channels stand as in the file.
@@ -35,8 +37,5 @@ void writeSound(const std::string& path, const Sound& sound);
 
 /// Writes a mono WAV file of `frames` 8-bit zeros, which takes up no room on the disk.
 void writeLongSound(const std::string& path, std::uint32_t frames);
-
-[[nodiscard]] std::string readBytes(const std::string& path);
-void writeBytes(const std::string& path, const std::string& bytes);
 
 }  // namespace korva::test

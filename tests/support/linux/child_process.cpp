@@ -134,7 +134,14 @@ void closeOnce(int& descriptor) {
 
 }  // namespace
 
-ChildProcess::ChildProcess(const Launch& launch) {
+struct ChildProcess::Ends {
+    pid_t process = -1;
+    int inputEnd = -1;
+    int outputEnd = -1;
+    int errorEnd = -1;
+};
+
+ChildProcess::ChildProcess(const Launch& launch) : ends(std::make_unique<Ends>()) {
     std::vector<std::string> words = launch.arguments;
     words.insert(words.begin(), launch.program);
     std::vector<std::string> variables = fullEnvironment(launch);
@@ -148,43 +155,63 @@ ChildProcess::ChildProcess(const Launch& launch) {
         closeOnce(out.writeEnd);
         out.writeEnd = open(launch.outputPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     }
-    process = fork();
-    if (process == 0) {
+    ends->process = fork();
+    if (ends->process == 0) {
         prepareStreams(launch, in.readEnd, out.writeEnd, err.writeEnd);
         becomeProgram(launch, arguments.data(), environment.data());
     }
     closeOnce(in.readEnd);
-    closeOnce(in.writeEnd);
     closeOnce(out.writeEnd);
     closeOnce(err.writeEnd);
-    outputEnd = out.readEnd;
-    errorEnd = err.readEnd;
+    if (!launch.inputStaysOpen) {
+        closeOnce(in.writeEnd);
+    }
+    ends->inputEnd = in.writeEnd;
+    ends->outputEnd = out.readEnd;
+    ends->errorEnd = err.readEnd;
 }
 
 ChildProcess::~ChildProcess() {
-    if (process > 0) {
+    if (ends->process > 0) {
         send(SIGKILL);
-        waitpid(process, nullptr, 0);
+        waitpid(ends->process, nullptr, 0);
     }
-    closeOnce(outputEnd);
-    closeOnce(errorEnd);
+    closeOnce(ends->inputEnd);
+    closeOnce(ends->outputEnd);
+    closeOnce(ends->errorEnd);
 }
 
 void ChildProcess::send(int signal) const {
-    kill(process, signal);
+    kill(ends->process, signal);
+}
+
+void ChildProcess::say(std::string_view text) {
+    fcntl(ends->inputEnd, F_SETFL, 0);
+    while (!text.empty()) {
+        const ssize_t count = write(ends->inputEnd, text.data(), text.size());
+        if (count < 0) {
+            throw std::runtime_error("the program doesn't read");
+        }
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+void ChildProcess::closeOutput() {
+    closeOnce(ends->outputEnd);
 }
 
 /// Takes what has come on either stream. False when both are at their end, or nothing comes any more.
 bool ChildProcess::readMore() {
-    std::array<pollfd, 2> streams = {pollfd{outputEnd, POLLIN, 0}, pollfd{errorEnd, POLLIN, 0}};
-    if ((outputEnd < 0 && errorEnd < 0) || poll(streams.data(), streams.size(), patienceMs) <= 0) {
+    std::array<pollfd, 2> streams = {pollfd{ends->outputEnd, POLLIN, 0}, pollfd{ends->errorEnd, POLLIN, 0}};
+    if ((ends->outputEnd < 0 && ends->errorEnd < 0) ||
+        poll(streams.data(), streams.size(), patienceMs) <= 0) {
         return false;
     }
-    if (streams[0].revents != 0 && !readSome(outputEnd, outcome.output)) {
-        closeOnce(outputEnd);
+    if (streams[0].revents != 0 && !readSome(ends->outputEnd, outcome.output)) {
+        closeOnce(ends->outputEnd);
     }
-    if (streams[1].revents != 0 && !readSome(errorEnd, outcome.error)) {
-        closeOnce(errorEnd);
+    if (streams[1].revents != 0 && !readSome(ends->errorEnd, outcome.error)) {
+        closeOnce(ends->errorEnd);
     }
     return true;
 }
@@ -209,12 +236,12 @@ bool ChildProcess::waitForText(const std::string& stream, std::string_view text)
 Outcome ChildProcess::wait() {
     while (readMore()) {
     }
-    if (outputEnd >= 0 || errorEnd >= 0) {
+    if (ends->outputEnd >= 0 || ends->errorEnd >= 0) {
         send(SIGKILL);
     }
     int status = 0;
-    waitpid(process, &status, 0);
-    process = -1;
+    waitpid(ends->process, &status, 0);
+    ends->process = -1;
     if (WIFEXITED(status)) {
         outcome.exitCode = WEXITSTATUS(status);
     } else {
