@@ -19,8 +19,8 @@ TEST_F(ProcessLine, HelpOfProcessNamesEveryOptionAndGivesAnExample) {
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.error, "");
     for (const char* const part :
-         {"IN", "OUT", "--effect", "--output-layout", "--library", "--generation", "--buffer", "--meters",
-          "--json", "--quiet", "Example", "korva process film.wav"}) {
+         {"IN", "OUT", "--effect", "--output-layout", "--library", "--generation", "--buffer", "--realtime",
+          "--meters", "--json", "--quiet", "Example", "korva process film.wav"}) {
         EXPECT_NE(outcome.output.find(part), std::string::npos) << part;
     }
 }

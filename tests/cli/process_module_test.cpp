@@ -209,11 +209,13 @@ TEST_F(ProcessModule, WithoutAnEndpointNothingIsSaidOfOne) {
     EXPECT_TRUE(json["moduleFolder"].is_null());
 }
 
-TEST_F(ProcessModule, WithoutAnEndpointNoRegistryIsMade) {
+TEST_F(ProcessModule, WithoutAnEndpointNothingIsPutIntoTheRegistry) {
     Launch launch = tool({"process", path("in.wav"), resultPath(), "--quiet"});
     launch.environment["KORVA_REGISTRY"] = registryPath();
     EXPECT_TRUE(succeededQuietly(run(launch)));
-    EXPECT_FALSE(std::filesystem::exists(registryPath()));
+    Launch list = tool({"registry", "list", "HKLM"});
+    list.environment["KORVA_REGISTRY"] = registryPath();
+    EXPECT_EQ(run(list).output, "HKEY_LOCAL_MACHINE\n");
 }
 
 TEST_F(ProcessModule, TheEndpointsVolumeReachesTheModule) {

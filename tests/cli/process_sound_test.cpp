@@ -1,4 +1,5 @@
 #include <array>
+#include <chrono>
 #include <limits>
 #include <map>
 
@@ -50,6 +51,16 @@ TEST_F(ProcessSound, FoldsSurroundToStereoByTheDefinedCoefficients) {
     EXPECT_EQ(out.sampleRate, in.sampleRate);
     EXPECT_EQ(out.format, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
     EXPECT_TRUE(sameBits(out.samples, foldedToStereo(in.samples)));
+}
+
+TEST_F(ProcessSound, AtItsOwnPaceTakesAsLongAsItLasts) {
+    const Sound in = makeNoise(2, 24'000);
+    const auto begin = std::chrono::steady_clock::now();
+    const Sound out = processed(in, {"--realtime"});
+    // The last buffer's own time needn't pass.
+    EXPECT_GE(std::chrono::steady_clock::now() - begin,
+              std::chrono::milliseconds(490) * 48000 / in.sampleRate);
+    EXPECT_TRUE(sameBits(out.samples, in.samples));
 }
 
 TEST_F(ProcessSound, TheFoldDoesNotDependOnBufferSizeMetersOrKernels) {

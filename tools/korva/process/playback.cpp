@@ -8,6 +8,7 @@
 
 #include "korva/interruption.h"
 #include "korva/process/levels.h"
+#include "korva/process/pace.h"
 
 namespace korva::tool {
 
@@ -34,8 +35,12 @@ void Playback::play(SoundReader& reader, SoundWriter& writer, ProgressBar& progr
     const std::uint32_t frames = largestBuffer(reader, report.bufferFrames);
     EngineBuffers buffers(report.input.format, report.output.format, frames);
     object.lock(buffers);
+    const Pace pace(report.input.format.sampleRate);
     while (const std::uint32_t count = reader.read(buffers.input().data(), frames)) {
         throwIfInterrupted();
+        if (isPaced) {
+            pace.waitFor(report.frames);
+        }
         makeChanges();
         playBuffer(buffers, count);
         writer.write(buffers.output(count).data(), count);

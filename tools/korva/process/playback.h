@@ -23,6 +23,9 @@ public:
     Playback(AudioObject& object, const PlayedModule& module, const PlayedEndpoint& endpoint,
              const std::vector<StreamEvent>& events, ProcessReport& report) noexcept;
 
+    /// From now on the buffers come as fast as the sound goes, and not as fast as they can.
+    void keepPace() noexcept { isPaced = true; }
+
     /// Throws `ToolError` or `Interrupted`.
     void play(SoundReader& reader, SoundWriter& writer, ProgressBar& progress);
 
@@ -39,6 +42,7 @@ private:
     const std::vector<StreamEvent>& events;
     std::size_t next = 0;  ///< Of the events.
     ProcessReport& report;
+    bool isPaced = false;
     bool isModuleNew = true;  ///< No buffer has shown yet whether it works.
 };
 

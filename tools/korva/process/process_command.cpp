@@ -225,7 +225,11 @@ void runProcess(const ProcessOptions& options) {
                          .library = settings.library.string(),
                          .moduleFolder = hosting.shownModuleFolder.string(),
                          .peaks = options.meters ? std::optional(Peaks(in, out)) : std::nullopt};
-    Playback(object, module, endpoint, settings.events, report).play(reader, writer, progress);
+    Playback playback(object, module, endpoint, settings.events, report);
+    if (options.atItsOwnPace) {
+        playback.keepPace();
+    }
+    playback.play(reader, writer, progress);
     module.checkLoaded(report.engine);  // that of an engine which came with a change
     writer.finish();
     progress.finish();

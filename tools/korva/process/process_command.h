@@ -26,6 +26,7 @@ struct ProcessOptions {
     std::vector<std::string> changes;  ///< SECONDS=FILE
     std::vector<std::string> volumes;  ///< SECONDS=SCALAR
     bool meters = false;
+    bool atItsOwnPace = false;
     bool json = false;
     bool quiet = false;
 };

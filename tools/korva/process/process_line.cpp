@@ -87,6 +87,10 @@ CLI::App* declare(CLI::App& line, ProcessOptions& options) {
         ->capture_default_str();
     addModuleOptions(*process, options);
     process
+        ->add_flag("--realtime", options.atItsOwnPace,
+                   "Send each buffer when its time has come, so that others can watch (korva monitor)")
+        ->disable_flag_override();
+    process
         ->add_flag("--meters", options.meters,
                    "Run the level meters and show the highest level of each speaker")
         ->disable_flag_override();
