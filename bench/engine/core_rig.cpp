@@ -18,6 +18,7 @@
 #include "params/property_set_path.h"
 #include "platform/property_key.h"
 #include "platform/published/results.h"
+#include "services/instance_key.h"
 
 namespace korva::bench {
 
@@ -37,11 +38,11 @@ void require(bool holds, const char* otherwise) {
     }
 }
 
-RegistryKey newSet(const std::string& path) {
+RegistryKey newKey(const std::string& path) {
     RegistryKey key;
     require(RegistryKey::root(platform::RegistryRoot::localMachine)
                     .create(path, platform::RegistryAccess::readWrite, key) == 0,
-            "no key for the properties");
+            "no key in the registry");
     return key;
 }
 
@@ -87,13 +88,16 @@ published::APO_CONNECTION_PROPERTY connectionTo(const float* samples) {
 
 }  // namespace
 
-CoreGround::CoreGround(const GUID& engineId, const std::string& moduleFile)
+CoreGround::CoreGround(const GUID& engineId, const std::string& moduleFile, bool hasTelemetry)
     : devices(framework::create<test::FakeDevices>()),
       userPath(params::propertySetPath(endpoint, params::property_set::user)),
-      user(newSet(userPath)) {
-    static_cast<void>(newSet(params::propertySetPath(endpoint, params::property_set::standard)));
-    static_cast<void>(newSet(params::propertySetPath(endpoint, params::property_set::temporary)));
+      user(newKey(userPath)) {
+    static_cast<void>(newKey(params::propertySetPath(endpoint, params::property_set::standard)));
+    static_cast<void>(newKey(params::propertySetPath(endpoint, params::property_set::temporary)));
     devices->put(endpoint, framework::create<test::FakeDevice>(endpoint));
+    if (hasTelemetry) {
+        static_cast<void>(newKey(std::string(services::instance_place::base)));
+    }
     std::filesystem::copy_file(moduleFile, moduleOf(engineId));
     install(engineId);
 }

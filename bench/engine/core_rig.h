@@ -25,8 +25,9 @@ namespace korva::bench {
 /// there can be none. One at a time.
 class CoreGround {
 public:
-    /// `moduleFile` is what all engines find under the name of their module.
-    CoreGround(const GUID& engineId, const std::string& moduleFile);
+    /// `moduleFile` is what all engines find under the name of their module. Cores show themselves to tools
+    /// only where `hasTelemetry`.
+    CoreGround(const GUID& engineId, const std::string& moduleFile, bool hasTelemetry = false);
 
     [[nodiscard]] engine::Surroundings surroundings() const;
     [[nodiscard]] const std::string& endpointId() const noexcept { return endpoint; }

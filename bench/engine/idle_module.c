@@ -1,5 +1,5 @@
-// A module that does nothing, so that what is measured is its host. What it does with parameters is in a
-// source of its own.
+// A module that does nothing, so that what is measured is its host. What it does with parameters and what
+// it tells are in sources of their own.
 #include <stddef.h>
 
 #include "korva/dsp_module.h"
@@ -66,12 +66,6 @@ void ZRDSPAPI_Uninitialize(DspInstance* instance) {
 
 void ZRDSPAPI_SetInputGain(DspInstance* instance, float gain) {
     (void)instance, (void)gain;
-}
-
-uint32_t ZRDSPAPI_SetGetData(DspInstance* instance, int32_t bank, int32_t id, const void* in, uint32_t inSize,
-                             void* out, uint32_t outSize) {
-    (void)instance, (void)bank, (void)id, (void)in, (void)inSize, (void)out, (void)outSize;
-    return 0;
 }
 
 void ZRDSPAPI_Clear(DspInstance* instance, int32_t which) {

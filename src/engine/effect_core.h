@@ -124,6 +124,10 @@ public:
     /// An effect property has changed, or may have: repeats are harmless.
     void onEffectsProperty(REFPROPERTYKEY key);
 
+    /// Pulls from the module what tools have asked for in the instance's key since the last time, and shows
+    /// it. Comes with each change of the key while a stream is locked; does nothing without an engine.
+    void diagnosticsPull();
+
     /// The real-time section: `Process` is the audio thread's.
     [[nodiscard]] rt::RtProcessor& realtime() noexcept { return processor; }
 
@@ -275,7 +279,6 @@ private:
     static void onRequests(void* context, framework::ListenedTo& source, framework::ActiveObject& owner,
                            const void* published, void* pending, const void* defaultValue,
                            framework::Reason reason);
-    void diagnosticsPull();
     [[nodiscard]] bool isRequested(std::string_view name, std::uint32_t& lastSeen) const;
     [[nodiscard]] bool areMetersRequested();
     void resetLevelMeters();
