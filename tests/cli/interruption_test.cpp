@@ -35,7 +35,7 @@ TEST_F(InterruptedTool, SeesAChangeBeforeAnybodyStopsIt) {
     ChildProcess watch(registryLaunch({"watch", key}));
     ASSERT_TRUE(watch.waitForError("watching"));
     quietly({"set", key, "n", "sz", "x"});
-    EXPECT_TRUE(watch.waitForOutput("  n  sz  x\n"));
+    EXPECT_TRUE(watch.waitForOutput("  n  sz  \"x\"\n"));
     watch.send(SIGINT);
     EXPECT_EQ(watch.wait().exitCode, 0);
 }

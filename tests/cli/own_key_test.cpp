@@ -49,7 +49,7 @@ TEST_F(OwnKey, TakesPatternsAndQuotesAsTheyAre) {
 TEST_F(OwnKey, ListsItsKeysAndValues) {
     quietly({"set", key, "@", "sz", "x"});
     quietly({"create", key + "\\sub"});
-    EXPECT_EQ(output({"list", key}), longKey() + "\n  sub\\\n  @  sz        x\n");
+    EXPECT_EQ(output({"list", key}), longKey() + "\n  sub\\\n  @  sz        \"x\"\n");
     const auto json = nlohmann::json::parse(output({"list", key, "--json"}));
     EXPECT_EQ(json["key"], longKey());
     EXPECT_EQ(json["keys"], nlohmann::json({"sub"}));

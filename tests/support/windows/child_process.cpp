@@ -102,15 +102,12 @@ bool readSome(HANDLE readEnd, std::string& into, bool& gotSome) {
 
 struct ChildProcess::Ends {
     HANDLE process = nullptr;
-    DWORD number = 0;
     HANDLE inputEnd = nullptr;
     HANDLE outputEnd = nullptr;
     HANDLE errorEnd = nullptr;
 };
 
 ChildProcess::ChildProcess(const Launch& launch) : ends(std::make_unique<Ends>()) {
-    // What Ctrl-Break is sent to is a console's; there may be one already.
-    AllocConsole();
     auto in = newPipe(true);
     auto out = newPipe(false);
     auto err = newPipe(false);
@@ -124,11 +121,11 @@ ChildProcess::ChildProcess(const Launch& launch) : ends(std::make_unique<Ends>()
     WideString line = commandLine(launch);
     const Environment environment(launch.environment);
     const BOOL isRunning = CreateProcessW(toWide(launch.program).c_str(), line.data(), nullptr, nullptr, TRUE,
-                                          CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup, &made);
+                                          0, nullptr, nullptr, &startup, &made);
     CloseHandle(in.first);
     CloseHandle(out.second);
     CloseHandle(err.second);
-    *ends = {made.hProcess, made.dwProcessId, in.second, out.first, err.first};
+    *ends = {made.hProcess, in.second, out.first, err.first};
     if (!isRunning) {
         throw std::runtime_error("can't run " + launch.program);
     }
@@ -152,9 +149,16 @@ ChildProcess::~ChildProcess() {
 }
 
 void ChildProcess::send(int /*signal*/) const {
-    if (!GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, ends->number)) {
+    // What the system does when the key is pressed at a console, which needn't be here: a thread in the
+    // program begins with this function. Its library lies at one address in all of them.
+    const auto routine = reinterpret_cast<LPTHREAD_START_ROUTINE>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernelbase.dll"), "CtrlRoutine")));
+    void* const event = reinterpret_cast<void*>(std::uintptr_t{CTRL_BREAK_EVENT});
+    const HANDLE thread = CreateRemoteThread(ends->process, nullptr, 0, routine, event, 0, nullptr);
+    if (routine == nullptr || thread == nullptr) {
         throw std::runtime_error("no Ctrl-Break: error " + std::to_string(GetLastError()));
     }
+    CloseHandle(thread);
 }
 
 void ChildProcess::say(std::string_view text) {

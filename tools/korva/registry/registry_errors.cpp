@@ -1,6 +1,7 @@
 #include "korva/registry/registry_errors.h"
 
 #include "korva/errors.h"
+#include "platform/registry_words.h"
 
 namespace korva::tool {
 namespace {
@@ -8,12 +9,12 @@ namespace {
 namespace result = platform::registry_result;
 
 /// `{}` is the registry's place.
-constexpr const char* wordsFor(platform::RegistryResult code) {
+const char* wordsFor(platform::RegistryResult code) {
     switch (code) {
         case result::notFound:
             return "it is not there";
         case result::accessDenied:
-            return "no right to do so in the registry '{}'; its owner has, or set KORVA_REGISTRY to another file";
+            return platform::registryWords().noRight;
         case result::invalidParameter:
             return "a name is not UTF-8 or too long (255 characters for a part of a key, 16383 for a value), or the "
                    "key is deeper than 512 parts";

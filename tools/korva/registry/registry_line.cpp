@@ -3,21 +3,24 @@
 
 #include <algorithm>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "korva/command.h"
 #include "korva/registry/registry_commands.h"
+#include "platform/registry_words.h"
 
 namespace korva::tool {
 namespace {
 
 using Options = std::shared_ptr<RegistryOptions>;
 
-constexpr const char* examples =
+constexpr const char* keyNotes =
     "A KEY begins with HKLM, HKCU or HKCR (or its long name) and goes on with backslashes, so quote it. The NAME "
     "@ is\n"
-    "the key's default value. The registry is the file that KORVA_REGISTRY names, else\n"
-    "$XDG_STATE_HOME/korva/registry or ~/.local/state/korva/registry.\n"
+    "the key's default value. ";
+
+constexpr const char* examples =
     "\n"
     "Examples:\n"
     "  korva registry set 'HKLM\\Software\\Demo' volume dword 40\n"
@@ -150,8 +153,9 @@ void addWatch(const Declaration& declaration) {
 
 void addTransfer(const Declaration& declaration) {
     const auto options = std::make_shared<RegistryOptions>();
-    CLI::App& import = declaration.add("import", "Make the changes that .reg text asks for: all, or none",
-                                       options, runRegistryImport);
+    const std::string description =
+        std::string("Make the changes that .reg text asks for") + platform::registryWords().howItChanges;
+    CLI::App& import = declaration.add("import", description.c_str(), options, runRegistryImport);
     import.add_option("FILE", options->file, ".reg text; - is standard input")->required()->type_name("");
     import.footer(transferNotes);
     CLI::App& exporting =
@@ -165,7 +169,7 @@ void addTransfer(const Declaration& declaration) {
 void addRegistry(CLI::App& line, Commands& commands) {
     CLI::App* const group = line.add_subcommand("registry", "Look into the registry, and change it");
     group->require_subcommand(1);
-    group->footer(examples);
+    group->footer(std::string(keyNotes) + platform::registryWords().whereItIs + examples);
     const Declaration declaration{*group, commands};
     addList(declaration);
     addGet(declaration);
