@@ -2,6 +2,7 @@
 
 #include "platform/named_mutex.h"
 #include "platform/property_key.h"
+#include "services/instance_key.h"
 
 namespace korva::tool {
 namespace {
@@ -10,17 +11,10 @@ using platform::RegistryAccess;
 using platform::RegistryKey;
 using platform::RegistryResult;
 using platform::RegistryRoot;
+namespace place = services::instance_place;
 namespace result = platform::registry_result;
 
 constexpr std::size_t guidDigits = 36;  ///< With its hyphens, without braces.
-
-std::string mutexOf(const std::string& name) {
-    return "Global\\" + name;
-}
-
-std::string pathOf(const std::string& name) {
-    return std::string(instancesPath) + "\\" + name;
-}
 
 bool isGone(RegistryResult code) {
     return code == result::notFound || code == result::keyDeleted;
@@ -71,10 +65,10 @@ InstanceKeys listInstances() {
     InstanceKeys found;
     RegistryKey telemetry;
     RegistryKey parent;
-    found.code = openBelowMachine(telemetryPath, RegistryAccess::read, telemetry);
+    found.code = openBelowMachine(place::base, RegistryAccess::read, telemetry);
     found.hasTelemetry = found.code == result::success;
     if (found.hasTelemetry) {
-        found.code = openBelowMachine(instancesPath, RegistryAccess::read, parent);
+        found.code = openBelowMachine(place::instances, RegistryAccess::read, parent);
     }
     std::vector<std::string> names;
     if (found.code == result::success) {
@@ -105,11 +99,11 @@ std::optional<std::string> instanceNameOf(std::string_view text) {
 bool isInstanceLive(const std::string& name) {
     // Objects name their mutex in lower case, and so their key; who wrote the key's name otherwise meant
     // that.
-    return platform::isMutexHeld(mutexOf(instanceNameOf(name).value_or(name)));
+    return platform::isMutexHeld(place::mutexName(instanceNameOf(name).value_or(name)));
 }
 
 RegistryResult openInstance(const std::string& name, RegistryAccess access, RegistryKey& key) {
-    return openBelowMachine(pathOf(name), access, key);
+    return openBelowMachine(place::keyPath(name), access, key);
 }
 
 Removal removeStaleInstance(const std::string& name, RegistryResult& code) {
@@ -120,7 +114,7 @@ Removal removeStaleInstance(const std::string& name, RegistryResult& code) {
     }
     RegistryKey parent;
     if (code == result::success) {
-        code = openBelowMachine(instancesPath, RegistryAccess::readWrite, parent);
+        code = openBelowMachine(place::instances, RegistryAccess::readWrite, parent);
     }
     if (isInstanceLive(name)) {
         return Removal::isLive;
@@ -131,7 +125,7 @@ Removal removeStaleInstance(const std::string& name, RegistryResult& code) {
     if (code != result::success) {
         return isGone(code) ? Removal::gone : Removal::failed;
     }
-    platform::removeAbandonedMutex(mutexOf(name));
+    platform::removeAbandonedMutex(place::mutexName(name));
     return Removal::removed;
 }
 

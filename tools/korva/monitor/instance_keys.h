@@ -11,11 +11,7 @@
 
 namespace korva::tool {
 
-/// Below HKEY_LOCAL_MACHINE. An object shows itself only if the first one is there when it is made.
-inline constexpr std::string_view telemetryPath = "Software\\Kestrelwright";
-inline constexpr std::string_view instancesPath = "Software\\Kestrelwright\\APO\\Instances";
-
-/// One key below `instancesPath`.
+/// A key below the one of all instances.
 struct InstanceKey {
     enum class Kind {
         live,

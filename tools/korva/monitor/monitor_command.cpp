@@ -12,6 +12,7 @@
 #include "korva/monitor/view_text.h"
 #include "korva/registry/registry_errors.h"
 #include "korva/standard_streams.h"
+#include "services/instance_key.h"
 
 namespace korva::tool {
 namespace {
@@ -26,7 +27,7 @@ void expectSight(platform::RegistryResult code, bool hasTelemetry) {
         fail(
             "no instance can show itself: the registry '{}' has no key 'HKLM\\{}'; make it with korva registry "
             "create 'HKLM\\{}', then start the sound anew",
-            platform::registryPlace(), telemetryPath, telemetryPath);
+            platform::registryPlace(), services::instance_place::base, services::instance_place::base);
     }
 }
 
