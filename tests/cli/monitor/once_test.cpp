@@ -194,8 +194,9 @@ TEST_F(MonitorOnce, LeftOverKeysAreCountedAndNotShown) {
     EXPECT_EQ(outcome.error, "korva: 1 left-over key of processes that died; see korva monitor --stale\n");
 }
 
-TEST_F(MonitorOnce, KeysThatAreNamedByNoGuidAreNobodys) {
+TEST_F(MonitorOnce, KeysThatAreNamedByNoGuidInBracesAreNobodys) {
     static_cast<void>(makeKey("somebody's"));
+    static_cast<void>(makeKey("6dcc1ac8-4a3c-4a98-a3a7-000000000001"));
     EXPECT_EQ(json().at("others"), Json::array());
 }
 
@@ -217,6 +218,18 @@ TEST_F(MonitorOnce, AReadOnlyRegistryIsShownAndCannotBeAsked) {
     EXPECT_EQ(Json::parse(outcome.output).at("instances").at(0).at("effect"), "MFX");
     EXPECT_NE(outcome.error.find("instances can't be asked: no right to do so"), std::string::npos)
         << outcome.error;
+}
+
+TEST_F(MonitorOnce, AFullRegistryIsShownAndCannotBeAsked) {
+    const RegistryKey key = makeLive(instanceName(1));
+    setTypicalValues(key);
+    Launch launch = monitorLaunch({"--once", "--json", "--interval", "10"});
+    launch.fileSizeLimit = 1;
+    const Outcome outcome = run(launch);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_EQ(Json::parse(outcome.output).at("instances").at(0).at("effect"), "MFX");
+    EXPECT_NE(outcome.error.find("instances can't be asked: "), std::string::npos) << outcome.error;
+    EXPECT_EQ(numberOf(key, "CaptureLevelMeters"), 0);
 }
 
 TEST_F(MonitorOnce, ARegistryThatCannotBeReadIsAnError) {

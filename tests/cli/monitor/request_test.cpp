@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/monitor/monitor_test.h"
+#include "tests/support/wait_until.h"
 
 namespace korva::test {
 namespace {
@@ -136,9 +137,7 @@ TEST_F(MonitorRequest, RefusesNamesThatAreNone) {
 
 TEST_F(MonitorRequest, EndsByCtrlCWhileItWaits) {
     ChildProcess child(monitorLaunch({"--request", "LevelMeters", "--interval", "60000"}));
-    while (numberOf(key, "CaptureLevelMeters") == 0) {
-        std::this_thread::yield();
-    }
+    ASSERT_TRUE(waitUntil([&] { return numberOf(key, "CaptureLevelMeters") != 0; }));
     child.send(SIGINT);
     EXPECT_EQ(child.wait().exitCode, 130);
     EXPECT_EQ(numberOf(key, "CaptureLevelMeters"), 0U);

@@ -36,10 +36,15 @@ InstanceKey::Kind kindOf(RegistryResult opened, const std::string& name) {
     return isInstanceLive(name) ? InstanceKey::Kind::live : InstanceKey::Kind::stale;
 }
 
+/// A name may have capitals, since the registry finds it by either, but no other form.
+bool isKeyOfInstance(const std::string& name) {
+    return name.starts_with('{') && instanceNameOf(name).has_value();
+}
+
 void addKey(const RegistryKey& parent, const std::string& name, std::vector<InstanceKey>& keys) {
     RegistryKey key;
     const RegistryResult code = parent.open(name, RegistryAccess::read, key);
-    if (instanceNameOf(name) && !isGone(code)) {
+    if (isKeyOfInstance(name) && !isGone(code)) {
         keys.push_back({name, kindOf(code, name), code});
     }
 }
