@@ -27,7 +27,9 @@ protected:
         terminal.emplace(
             folder.string(), columns, rows,
             "trap : INT; cd " + folder.string() + "; stty -g > before; " + shell +
-                " sh -c 'echo $$ > pid; exec " KORVA_TOOL " monitor " + arguments +
+                " LSAN_OPTIONS=print_suppressions=0:suppressions=" KORVA_LIBRARY_LEAKS
+                " sh -c 'echo $$ > pid; exec " KORVA_TOOL " monitor " +
+                arguments +
                 "' 2> error; code=$?; stty -g > after; echo over with $code; cat error; exec sleep 60");
     }
     [[nodiscard]] std::string read(const std::string& name) const {
