@@ -21,9 +21,10 @@ void deleteKeysBelow(const RegistryKey& key) {
 
 }  // namespace
 
+// An empty path names the parent, which opens and would lose all that is below it.
 RegistryResult deleteKeyTree(const RegistryKey& parent, std::string_view path) {
     RegistryResult result = parent.deleteKey(path);
-    if (result != success && result != notFound) {
+    if (result != success && result != notFound && result != invalidParameter) {
         RegistryKey key;
         result = parent.open(path, RegistryAccess::readWrite, key);
         if (result == success) {
