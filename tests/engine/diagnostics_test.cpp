@@ -9,10 +9,10 @@
 
 #include "params/property_set_path.h"
 #include "platform/registry.h"
-#include "tests/engine/shown_values.h"
 #include "tests/support/call_text.h"
 #include "tests/support/effect_rig.h"
 #include "tests/support/registry_numbers.h"
+#include "tests/support/shown_values.h"
 #include "tests/support/telemetry_base.h"
 #include "tests/support/wait_until.h"
 

@@ -17,11 +17,11 @@
 #include "platform/registry.h"
 #include "platform/tick_clock.h"
 #include "platform/unicode.h"
-#include "tests/engine/shown_values.h"
 #include "tests/support/effect_rig.h"
 #include "tests/support/fake_effects_store.h"
 #include "tests/support/memory_property_store.h"
 #include "tests/support/registry_numbers.h"
+#include "tests/support/shown_values.h"
 #include "tests/support/telemetry_base.h"
 #include "tests/support/wait_until.h"
 
