@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "platform/key_tree.h"
-#include "platform/new_guid.h"
 #include "platform/property_key.h"
 #include "platform/tick_clock.h"
 
@@ -36,13 +35,13 @@ std::string instance_place::mutexName(std::string_view name) {
 }
 
 // The mutex comes before the key and goes after it: a key without one is always a dead one's.
-InstanceKey::InstanceKey() {
+InstanceKey::InstanceKey(const GUID& guid) {
     const RegistryKey machine = RegistryKey::root(RegistryRoot::localMachine);
     RegistryKey base;
     if (machine.open(instance_place::base, RegistryAccess::read, base) != registry_result::success) {
         return;
     }
-    const std::string name = platform::guidText(platform::newGuid());
+    const std::string name = platform::guidText(guid);
     instanceKeyPath = instance_place::keyPath(name);
     instanceMutex = platform::NamedMutex::create(instance_place::mutexName(name));
     // Whatever is refused, a link in its place for one, the instance goes without a key.

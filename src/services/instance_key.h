@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "platform/named_mutex.h"
+#include "platform/new_guid.h"
 #include "platform/registry.h"
 
 namespace korva::services {
@@ -29,7 +30,7 @@ inline constexpr std::string_view instances = "Software\\Kestrelwright\\APO\\Ins
 class InstanceKey {
 public:
     /// Makes both, unless the base is missing. Then there is neither.
-    InstanceKey();
+    explicit InstanceKey(const GUID& guid = platform::newGuid());
     ~InstanceKey();
     InstanceKey(const InstanceKey&) = delete;
     InstanceKey& operator=(const InstanceKey&) = delete;

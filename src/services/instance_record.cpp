@@ -21,17 +21,18 @@ constexpr GUID typeFormat = platform::guidOf("{0F1BF368-7A66-4547-AB9D-7A41C5D25
 
 }  // namespace
 
-// The listeners' contexts don't move: they are all made before the first one is given away.
+// The listeners' contexts don't move: they are all made before the first one is given away. Whom the store
+// tells of a value may detach, and attach anew, which then did all that is left to do here.
 void InstanceRecord::attach(ActiveObject& source, std::span<const TelemetryRow> rows) {
     detach(source);
-    publish(typeFormat, Text::variant(platform::toWide(effectType)));
-    key.writeString(typeName, effectType);
     shown.reserve(rows.size());
     for (const TelemetryRow& row : rows) {
         shown.push_back({*this, row});
     }
-    // Whom the store tells of a value may detach.
-    for (std::size_t i = 0; i < shown.size(); ++i) {
+    const std::uint32_t thisOne = ++attachments;
+    publish(typeFormat, Text::variant(platform::toWide(effectType)));
+    key.writeString(typeName, effectType);
+    for (std::size_t i = 0; thisOne == attachments && i < shown.size(); ++i) {
         shown[i].row.observable(source).subscribe(&shown[i], beforeChange, afterChange, Position::last, false,
                                                   true);
     }

@@ -58,7 +58,8 @@ private:
     const std::uint32_t instanceNumber;
     const std::string effectType;
     const Store& store;
-    std::vector<Shown> shown;  ///< In the rows' order; empty while detached.
+    std::vector<Shown> shown;       ///< In the rows' order; empty while detached.
+    std::uint32_t attachments = 0;  ///< So far.
 };
 
 }  // namespace korva::services
