@@ -1,5 +1,6 @@
 #include "korva/monitor/instance_keys.h"
 
+#include "platform/key_tree.h"
 #include "platform/named_mutex.h"
 #include "platform/property_key.h"
 #include "services/instance_key.h"
@@ -125,7 +126,7 @@ Removal removeStaleInstance(const std::string& name, RegistryResult& code) {
         return Removal::isLive;
     }
     if (code == result::success) {
-        code = parent.deleteTree(name);
+        code = platform::deleteKeyTree(parent, name);  // which follows no link that somebody put there
     }
     if (code != result::success) {
         return isGone(code) ? Removal::gone : Removal::failed;
