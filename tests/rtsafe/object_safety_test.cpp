@@ -4,9 +4,15 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <string>
 #include <vector>
 
+#include "platform/registry.h"
 #include "tests/rtsafe/watched_thread.h"
+#include "tests/support/registry_numbers.h"
+#include "tests/support/shown_values.h"
+#include "tests/support/telemetry_base.h"
+#include "tests/support/wait_until.h"
 #include "tests/system/class_test.h"
 #include "tests/system/support/hosted_effect.h"
 
@@ -85,6 +91,37 @@ TEST_P(ObjectSafety, ProcessingByAModuleIsSafe) {
     ASSERT_TRUE(isLoaded((host.library.folder() / ("PELLUX64" + equaliser.extension().string())).string()));
     ASSERT_EQ(object.lock(floats(6)), result::ok);
     expectClean(object, 6, 6);
+}
+
+/// The key of the only instance that shows itself.
+platform::RegistryKey shownKey(const TelemetryBase& base) {
+    const std::vector<std::string> names = base.instances();
+    EXPECT_EQ(names.size(), 1U);
+    return names.empty() ? platform::RegistryKey() : base.open(names.front());
+}
+
+TEST_P(ObjectSafety, ProcessingIsSafeWhileAToolLooksAtTheMeters) {
+    HostedEffect host;
+    const TelemetryBase base;
+    platform::RegistryKey set;
+    ASSERT_EQ(platform::RegistryKey::root(platform::RegistryRoot::localMachine)
+                  .create("Software\\Veltrane\\APO\\" + host.endpoint.id() + "\\FxProperties\\Volatile",
+                          platform::RegistryAccess::readWrite, set),
+              0);
+    const std::filesystem::path equaliser = KORVA_EQUALISER;
+    std::filesystem::remove(host.library.folder() / ("PELLUX64" + equaliser.extension().string()));
+    host.library.putModule(equaliser, "PELLUX64");
+    host.install(GetParam());
+    HostedObject object(host.library, GetParam());
+    ASSERT_EQ(host.initialize(object), result::ok);
+    ASSERT_TRUE(setNumber(shownKey(base), "CaptureLevelMeters", 1));
+    ASSERT_EQ(object.lock(floats(6)), result::ok);
+    expectClean(object, 6, 6);
+    // The last buffers were silent.
+    static_cast<void>(object.play(std::vector<float>(6 * 480, 0.25f), 6, 6));
+    ASSERT_TRUE(setNumber(shownKey(base), "CaptureLevelMeters", 2));
+    EXPECT_TRUE(waitUntil([&] { return shownValuesOf(shownKey(base)).contains("InputLevelMeters"); }))
+        << "the meters are off";
 }
 
 TEST(ObjectSafetyOfAStreamEffect, FoldingIsSafe) {
