@@ -161,6 +161,29 @@ TEST_F(Telemetry, EachInstanceHasANumberAndANameOfItsOwn) {
     EXPECT_EQ(name(), first);
 }
 
+TEST_F(Telemetry, SeventeenInstancesHaveTheNumbersUpTo16AndTheLastOneThatIsFreeIsNext) {
+    std::vector<framework::Held<engine::EffectCore>> cores;
+    const auto makeOne = [&] {
+        cores.push_back(
+            framework::Held<engine::EffectCore>::first(framework::create<engine::EffectCore>(1U)));
+        return cores.back()->instanceNumber();
+    };
+    rig.on([&] {
+        EXPECT_EQ(rig.core().instanceNumber(), 0U);
+        for (std::uint32_t number = 1; number < 17; ++number) {
+            EXPECT_EQ(makeOne(), number);
+        }
+        cores[3] = nullptr;
+        cores[8] = nullptr;
+        EXPECT_EQ(makeOne(), 9U);
+        EXPECT_EQ(makeOne(), 4U);
+        EXPECT_EQ(makeOne(), 17U);
+    });
+    EXPECT_EQ(rig.telemetryBase->instances().size(), 18U);
+    rig.on([&] { cores.clear(); });
+    EXPECT_EQ(rig.telemetryBase->instances().size(), 1U);
+}
+
 TEST_F(Telemetry, WithoutAVolatileSetTheKeyStaysEmpty) {
     rig.endpoint.deleteSet(property_set::temporary);
     beginStream();
