@@ -113,7 +113,7 @@ public:
                                         RegistrySharing sharing = RegistrySharing::inherited) const;
 
     /// Deletes a key below this one; 5 if it has sub-keys or this key may only be read, 2 if it is missing,
-    /// 87 for an empty path.
+    /// 87 for an empty path. A key that points elsewhere goes itself: what it points at stays.
     [[nodiscard]] RegistryResult deleteKey(std::string_view path) const;
     /// Deletes a key below this one with all below it, at once with an embedded registry. The same results
     /// but for the sub-keys.

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <winternl.h>
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -11,6 +13,8 @@
 #include "platform/unicode.h"
 #include "platform/windows/object_sharing.h"
 #include "platform/windows/registry_handle.h"
+
+extern "C" NTSYSAPI NTSTATUS NTAPI NtDeleteKey(HANDLE key);  // the system's header leaves it out
 
 namespace korva::platform {
 
@@ -187,6 +191,44 @@ LSTATUS readName(std::size_t longest, WideString& name, const Read& read) {
     }
 }
 
+LSTATUS readKeyName(HKEY key, DWORD index, WideString& name) {
+    return readName(longestKeyName, name, [&](WCHAR* buffer, DWORD* length) {
+        return RegEnumKeyExW(key, index, buffer, length, nullptr, nullptr, nullptr, nullptr);
+    });
+}
+
+enum class Deletion { key, tree };
+
+Result deleteAllBelow(HKEY key);
+
+// By its name the system would delete what a link leads to, and with all below it: a key that everybody may
+// write to would be a way to delete any other. So the key that was opened as what it is goes, not its name.
+Result deleteAt(HKEY parent, const WideString& path, Deletion deletion) {
+    const REGSAM rights = DELETE | (deletion == Deletion::tree ? KEY_ENUMERATE_SUB_KEYS : 0);
+    HKEY handle = nullptr;
+    const LSTATUS failed = RegOpenKeyExW(parent, path.c_str(), REG_OPTION_OPEN_LINK, rights, &handle);
+    if (failed != ERROR_SUCCESS) {
+        return failed;
+    }
+    const OpenRegistryKey opened(handle, Access::write);
+    const Result kept = deletion == Deletion::tree ? deleteAllBelow(handle) : result::success;
+    return kept != result::success ? kept : static_cast<Result>(RtlNtStatusToDosError(NtDeleteKey(handle)));
+}
+
+/// Ends with the first one that stays.
+Result deleteAllBelow(HKEY key) {
+    WideString name;
+    for (;;) {
+        const LSTATUS failed = readKeyName(key, 0, name);
+        if (failed != ERROR_SUCCESS) {
+            return failed == ERROR_NO_MORE_ITEMS ? result::success : failed;
+        }
+        if (const Result kept = deleteAt(key, name, Deletion::tree); kept != result::success) {
+            return kept;
+        }
+    }
+}
+
 }  // namespace
 
 RegistryKey RegistryKey::root(RegistryRoot root, RegistryResult* outcome) {
@@ -241,7 +283,7 @@ RegistryResult RegistryKey::deleteKey(std::string_view path) const {
         if (!widePath) {
             return result::invalidParameter;
         }
-        return parent.mayWrite() ? RegDeleteKeyExW(parent.handle, widePath->c_str(), 0, 0)
+        return parent.mayWrite() ? deleteAt(parent.handle, *widePath, Deletion::key)
                                  : result::accessDenied;
     });
 }
@@ -252,7 +294,8 @@ RegistryResult RegistryKey::deleteTree(std::string_view path) const {
         if (!widePath) {
             return result::invalidParameter;
         }
-        return parent.mayWrite() ? RegDeleteTreeW(parent.handle, widePath->c_str()) : result::accessDenied;
+        return parent.mayWrite() ? deleteAt(parent.handle, *widePath, Deletion::tree)
+                                 : result::accessDenied;
     });
 }
 
@@ -325,9 +368,7 @@ RegistryResult RegistryKey::valueName(std::uint32_t index, std::size_t capacity,
 RegistryResult RegistryKey::keyName(std::uint32_t index, std::string& name) const {
     return answer(key.get(), [&](const OpenRegistryKey& open) -> Result {
         WideString wideName;
-        const LSTATUS failed = readName(longestKeyName, wideName, [&](WCHAR* buffer, DWORD* length) {
-            return RegEnumKeyExW(open.handle, index, buffer, length, nullptr, nullptr, nullptr, nullptr);
-        });
+        const LSTATUS failed = readKeyName(open.handle, index, wideName);
         if (failed == ERROR_SUCCESS) {
             name = toUtf8(wideName);
         }

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "platform/key_tree.h"
 #include "platform/unicode.h"
 #include "tests/platform/registry_test.h"
 
@@ -75,6 +76,40 @@ TEST_F(RegistryLinkTest, IsRefusedAmongSeveralChanges) {
         {.kind = RegistryChange::Kind::setValue, .path = own.key() + "\\link", .name = "v"}};
     EXPECT_EQ(applyRegistryChanges(changes), isLink);
     EXPECT_TRUE(valueNames(made("target")).empty());
+}
+
+TEST_F(RegistryLinkTest, IsDeletedItselfAndItsTargetStays) {
+    made("target");
+    const RegistryLink link(own.key() + "\\link", own.key() + "\\target");
+    EXPECT_EQ(key.deleteKey("link"), success);
+    EXPECT_EQ(openResult("link"), notFound);
+    EXPECT_EQ(openResult("target"), success);
+}
+
+TEST_F(RegistryLinkTest, IsNoWayOutOfATreeThatIsDeleted) {
+    made("target\\below");
+    made("tree\\a\\aa");
+    const RegistryLink link(own.key() + "\\tree\\a\\link", own.key() + "\\target");
+    EXPECT_EQ(key.deleteTree("tree"), success);
+    EXPECT_EQ(openResult("tree"), notFound);
+    EXPECT_EQ(openResult("target\\below"), success);
+}
+
+TEST_F(RegistryLinkTest, IsATreeOfItsOwn) {
+    made("target\\below");
+    const RegistryLink link(own.key() + "\\link", own.key() + "\\target");
+    EXPECT_EQ(key.deleteTree("link"), success);
+    EXPECT_EQ(openResult("link"), notFound);
+    EXPECT_EQ(openResult("target\\below"), success);
+}
+
+TEST_F(RegistryLinkTest, BelowAKeyThatIsTakenApartGoesAlone) {
+    made("target");
+    made("tree\\a");
+    const RegistryLink link(own.key() + "\\tree\\link", own.key() + "\\target");
+    EXPECT_EQ(deleteKeyTree(key, "tree"), success);
+    EXPECT_EQ(openResult("tree"), notFound);
+    EXPECT_EQ(openResult("target"), success);
 }
 
 }  // namespace
