@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/key_tree.h"
 #include "platform/unicode.h"
 #include "platform/windows/registry_handle.h"
 #include "tests/platform/registry_test.h"
@@ -98,6 +99,28 @@ TEST_F(RegistryTest, SharesNamesWithTheSystem) {
     ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &opened), ERROR_SUCCESS);
     EXPECT_EQ(RegQueryValueExW(opened, L"\u00DF", nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
     RegCloseKey(opened);
+}
+
+/// A key whose name is half a character: the system takes any units.
+void makeKeyThatNoTextNames(const RegistryKey& parent) {
+    const WCHAR name[] = {0xD800, 0};
+    HKEY made = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(systemKey(parent), name, 0, nullptr, 0, KEY_READ, nullptr, &made, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(made);
+}
+
+TEST_F(RegistryTest, StepsOverAKeyThatNoTextNamesAndTakesAllElse) {
+    makeKeyThatNoTextNames(made("tree"));
+    made("tree\\z\\zz");
+    EXPECT_EQ(deleteKeyTree(key, "tree"), accessDenied);
+    EXPECT_EQ(openResult("tree\\z"), notFound);
+}
+
+TEST_F(RegistryTest, TakesAKeyThatNoTextNamesWithItsTree) {
+    makeKeyThatNoTextNames(made("tree"));
+    EXPECT_EQ(key.deleteTree("tree"), success);
+    EXPECT_EQ(openResult("tree"), notFound);
 }
 
 TEST_F(RegistryTest, KeepsOfSeveralChangesThoseBeforeTheOneThatFails) {
