@@ -44,6 +44,9 @@ InstanceKey::InstanceKey(const GUID& guid) {
     const std::string name = platform::guidText(guid);
     instanceKeyPath = instance_place::keyPath(name);
     instanceMutex = platform::NamedMutex::create(instance_place::mutexName(name));
+    if (!instanceMutex) {
+        return;  // such a key would pass for a dead one's, and be swept away
+    }
     // Whatever is refused, a link in its place for one, the instance goes without a key.
     (void)machine.create(instanceKeyPath, RegistryAccess::readWrite, instanceKey, nullptr,
                          platform::RegistrySharing::everyone);

@@ -29,7 +29,7 @@ inline constexpr std::string_view instances = "Software\\Kestrelwright\\APO\\Ins
 /// knows that the process has died. Writing never fails loudly: without a key all of it does nothing. [owner]
 class InstanceKey {
 public:
-    /// Makes both, unless the base is missing. Then there is neither.
+    /// Makes both, unless the base is missing or the system refuses the mutex. Then there is neither.
     explicit InstanceKey(const GUID& guid = platform::newGuid());
     ~InstanceKey();
     InstanceKey(const InstanceKey&) = delete;
