@@ -76,6 +76,12 @@ MonitorKey keyOf(int code) {
     }
 }
 
+/// Whether the cursor of the terminal that was opened can be put anywhere: some only write on and on.
+bool canBePainted() {
+    const char* const move = tigetstr("cup");
+    return move != nullptr && move != reinterpret_cast<const char*>(-1);
+}
+
 class CursesScreen : public Screen {
 public:
     CursesScreen(SCREEN* opened, const termios& modes) : terminal(opened) {
@@ -165,7 +171,15 @@ std::unique_ptr<Screen> Screen::open() {
     }
     std::setlocale(LC_CTYPE, "");
     SCREEN* const opened = newterm(nullptr, stdout, stdin);
-    return opened == nullptr ? nullptr : std::make_unique<CursesScreen>(opened, modes);
+    if (opened == nullptr) {
+        return nullptr;
+    }
+    if (!canBePainted()) {
+        endwin();
+        delscreen(opened);
+        return nullptr;
+    }
+    return std::make_unique<CursesScreen>(opened, modes);
 }
 
 }  // namespace korva::tool
