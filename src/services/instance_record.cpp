@@ -1,6 +1,7 @@
 #include "services/instance_record.h"
 
 #include <cstddef>
+#include <new>
 #include <utility>
 
 #include "platform/guid_literal.h"
@@ -21,9 +22,19 @@ constexpr GUID typeFormat = platform::guidOf("{0F1BF368-7A66-4547-AB9D-7A41C5D25
 
 }  // namespace
 
+// Where memory is wanting the instance shows nothing: what it is attached by is a change of a value, which
+// has no end if a listener raises something.
+void InstanceRecord::attach(ActiveObject& source, std::span<const TelemetryRow> rows) {
+    try {
+        showAll(source, rows);
+    } catch (const std::bad_alloc&) {
+        detach(source);
+    }
+}
+
 // The listeners' contexts don't move: they are all made before the first one is given away. Whom the store
 // tells of a value may detach, and attach anew, which then did all that is left to do here.
-void InstanceRecord::attach(ActiveObject& source, std::span<const TelemetryRow> rows) {
+void InstanceRecord::showAll(ActiveObject& source, std::span<const TelemetryRow> rows) {
     detach(source);
     shown.reserve(rows.size());
     for (const TelemetryRow& row : rows) {
@@ -67,9 +78,14 @@ void InstanceRecord::beforeChange(void* context, ListenedTo& source, ActiveObjec
 void InstanceRecord::afterChange(void* context, ListenedTo& source, ActiveObject&, const void* published,
                                  void*, const void*, Reason) {
     const auto [record, row] = *static_cast<const Shown*>(context);
-    if (!static_cast<const ObservableBase&>(source).isDefault()) {
+    if (static_cast<const ObservableBase&>(source).isDefault()) {
+        return;
+    }
+    try {
         record.publish(row.propertyFormat, row.variant(published));
         row.write(record.key, row.name, published);
+    } catch (const std::bad_alloc&) {
+        // It is as if the registry had refused the value.
     }
 }
 

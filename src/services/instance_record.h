@@ -17,7 +17,8 @@ namespace korva::services {
 /// Shows values of an object from `attach` to `detach`: those that it has then, and each that they change to.
 /// A value goes to a property of the store, which is emptied before it changes, and to the instance's key,
 /// where it stays until the instance ends. A value at its default is not shown: one that goes back there
-/// leaves the key as it was. What is refused is not tried again.
+/// leaves the key as it was. What is refused is not tried again, and what there is no memory for counts as
+/// that.
 ///
 /// Lives in the object that it belongs to, and goes before the store does.  [owner]
 class InstanceRecord {
@@ -46,6 +47,7 @@ private:
         const TelemetryRow& row;
     };
 
+    void showAll(framework::ActiveObject& source, std::span<const TelemetryRow> rows);
     void publish(const GUID& format, const PROPVARIANT& value) const;
 
     static void beforeChange(void* context, framework::ListenedTo& source, framework::ActiveObject& owner,

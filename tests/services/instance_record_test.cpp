@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
@@ -397,6 +398,37 @@ TEST_F(InstanceRecordTest, WhomTheStoreTellsOfTheTypeMayDetach) {
     EXPECT_EQ(store.newNotes(), (Notes{typeShown, typeEmptied}));
     readings->count.set(4);
     EXPECT_EQ(store.newNotes(), Notes{});
+}
+
+// The store runs out of memory in place of this code, which can't be told apart.
+TEST_F(InstanceRecordTest, WantOfMemoryIsNoReasonForAValuesChangeToFail) {
+    setAll();
+    attach();
+    int calls = 0;
+    store.onSet = [&] {
+        if (++calls == 2) {
+            throw std::bad_alloc();
+        }
+    };
+    EXPECT_NO_THROW(readings->count.set(4));
+    EXPECT_EQ(calls, 2);
+    static_cast<void>(store.newNotes());
+    readings->count.set(5);
+    EXPECT_EQ(store.newNotes(), (Notes{"1,9 0:", "1,9 19:5"}));
+}
+
+TEST_F(InstanceRecordTest, AttachedWithoutMemoryShowsNothingUntilItIsAttachedAgain) {
+    setAll();
+    store.onSet = [&] {
+        store.onSet = [] {};
+        throw std::bad_alloc();
+    };
+    EXPECT_NO_THROW(attach());
+    static_cast<void>(store.newNotes());
+    readings->count.set(4);
+    EXPECT_EQ(store.newNotes(), Notes{});
+    attach();
+    EXPECT_EQ(store.newNotes().size(), allShown.size());
 }
 
 // At the first call it is told of the type, and of a value at the others.
