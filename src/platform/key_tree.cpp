@@ -11,8 +11,8 @@ namespace {
 
 RegistryResult deleteKeyAndAllBelow(const RegistryKey& parent, std::string_view path);
 
-// What can't be deleted is stepped over, and makes the deletion of `key` itself fail. So is what isn't found by
-// the name that it is listed under, since one that no text can hold would be the next one for ever.
+// What can't be deleted is stepped over, and makes the deletion of `key` itself fail. So is what isn't found
+// by the name that it is listed under, since one that no text can hold would be the next one for ever.
 void deleteKeysBelow(const RegistryKey& key) {
     std::uint32_t index = 0;
     for (std::string name; key.keyName(index, name) == success;) {

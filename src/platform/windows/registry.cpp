@@ -283,8 +283,7 @@ RegistryResult RegistryKey::deleteKey(std::string_view path) const {
         if (!widePath) {
             return result::invalidParameter;
         }
-        return parent.mayWrite() ? deleteAt(parent.handle, *widePath, Deletion::key)
-                                 : result::accessDenied;
+        return parent.mayWrite() ? deleteAt(parent.handle, *widePath, Deletion::key) : result::accessDenied;
     });
 }
 
@@ -294,8 +293,7 @@ RegistryResult RegistryKey::deleteTree(std::string_view path) const {
         if (!widePath) {
             return result::invalidParameter;
         }
-        return parent.mayWrite() ? deleteAt(parent.handle, *widePath, Deletion::tree)
-                                 : result::accessDenied;
+        return parent.mayWrite() ? deleteAt(parent.handle, *widePath, Deletion::tree) : result::accessDenied;
     });
 }
 
