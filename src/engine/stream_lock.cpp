@@ -59,8 +59,12 @@ HRESULT EffectCore::lockForProcess(std::span<APO_CONNECTION_DESCRIPTOR* const> i
     return published::ok;
 }
 
+// Whom a value is shown to may end the stream: then nothing of the rest is to be done.
 void EffectCore::beginStream(const rt::EngineFormat& in, const rt::EngineFormat& out) {
     setFormats(in, out);
+    if (!locked.value()) {
+        return;
+    }
     const framework::Held<DspEngine> engine = dspEngine.value();
     if (engine) {
         readModuleVersion(*engine);

@@ -306,6 +306,21 @@ TEST_F(Diagnostics, AModuleThatTellsNothingLeavesAllButTheLoad) {
     EXPECT_EQ(shown("BufferSizeMS"), "4:0a000000");
 }
 
+TEST_F(Diagnostics, AStreamThatEndsAsItBeginsIsBegunNoFurther) {
+    begin();
+    const auto endStream = [](void*, framework::ListenedTo&, framework::ActiveObject& core, const void*,
+                              void*, const void*, framework::Reason) {
+        static_cast<engine::EffectCore&>(core).unlockForProcess();
+    };
+    rig.on([&] { rig.core().outputChannelCount.subscribe(nullptr, nullptr, endStream); });
+    static_cast<void>(rig.newRecords());
+    rig.lock();
+    EXPECT_FALSE(rig.core().locked.read());
+    const Lines calls = textsOf(rig.newRecords());
+    EXPECT_TRUE(
+        std::ranges::none_of(calls, [](const std::string& call) { return call.starts_with("Clear"); }));
+}
+
 TEST_F(Diagnostics, AStreamsEndStopsTheWatchWhateverAToolDoes) {
     for (int round = 0; round < 20; ++round) {
         if (round == 0) {
