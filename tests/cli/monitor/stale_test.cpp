@@ -84,6 +84,16 @@ TEST_F(MonitorStale, AKeyThatTurnsOutToBeLiveStays) {
     EXPECT_TRUE(hasKey(instanceName(1)));
 }
 
+TEST_F(MonitorStale, AKeyInCapitalsGoesWithTheMutexThatItsObjectHad) {
+    makeStale(instanceName(2));
+    const std::filesystem::path lock = registryPath() + ".run/Global_" + instanceName(2) + ".lock";
+    ASSERT_TRUE(std::filesystem::exists(lock));
+    platform::RegistryResult code = 0;
+    EXPECT_EQ(tool::removeStaleInstance("{6DCC1AC8-4A3C-4A98-A3A7-000000000002}", code),
+              tool::Removal::removed);
+    EXPECT_FALSE(std::filesystem::exists(lock));
+}
+
 TEST_F(MonitorStale, AKeyThatIsALinkStays) {
     setNarrow(makeKey(instanceName(1)), "SymbolicLinkValue", "x");
     platform::RegistryResult code = 0;

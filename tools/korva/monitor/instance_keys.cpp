@@ -27,6 +27,11 @@ RegistryResult openBelowMachine(std::string_view path, RegistryAccess access, Re
     return code == result::success ? machine.open(path, access, key) : code;
 }
 
+/// Objects name their mutex in lower case, and so their key; who wrote the key's name otherwise meant that.
+std::string mutexNameOf(const std::string& name) {
+    return place::mutexName(instanceNameOf(name).value_or(name));
+}
+
 InstanceKey::Kind kindOf(RegistryResult opened, const std::string& name) {
     if (opened == result::isLink) {
         return InstanceKey::Kind::link;
@@ -103,9 +108,7 @@ std::optional<std::string> instanceNameOf(std::string_view text) {
 }
 
 bool isInstanceLive(const std::string& name) {
-    // Objects name their mutex in lower case, and so their key; who wrote the key's name otherwise meant
-    // that.
-    return platform::isMutexHeld(place::mutexName(instanceNameOf(name).value_or(name)));
+    return platform::isMutexHeld(mutexNameOf(name));
 }
 
 RegistryResult openInstance(const std::string& name, RegistryAccess access, RegistryKey& key) {
@@ -131,7 +134,7 @@ Removal removeStaleInstance(const std::string& name, RegistryResult& code) {
     if (code != result::success) {
         return isGone(code) ? Removal::gone : Removal::failed;
     }
-    platform::removeAbandonedMutex(place::mutexName(name));
+    platform::removeAbandonedMutex(mutexNameOf(name));
     return Removal::removed;
 }
 
