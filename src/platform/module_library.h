@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -22,6 +23,8 @@ public:
     /// the result is empty. Nothing is searched for: where the system would do so for a path, it isn't
     /// loaded. [any, blocks]
     [[nodiscard]] static ModuleLibrary load(const std::filesystem::path& file) noexcept;
+    /// The same; where it fails, `reason` is the system's words for that, if it has any.
+    [[nodiscard]] static ModuleLibrary load(const std::filesystem::path& file, std::string& reason);
 
     /// What the library itself exports by that name; null if there is nothing.
     [[nodiscard]] void* find(const char* name) const noexcept;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <string>
 #include <string_view>
 
 #include "platform/published/base_types.h"
@@ -24,6 +25,11 @@ struct TypeLibrary {
 /// interfaces that can travel between processes by it are registered too. Elsewhere nobody reads type
 /// libraries: the keys are the same, and the file is not looked at.  [any, blocks]
 [[nodiscard]] HRESULT registerTypeLibrary(const TypeLibrary& library, const std::filesystem::path& file);
+
+/// The path of that key, below HKEY_CLASSES_ROOT; and of the one below it whose default value is the file.
+/// [any]
+[[nodiscard]] std::string typeLibraryKey(const TypeLibrary& library);
+[[nodiscard]] std::string typeLibraryFileKey(const TypeLibrary& library);
 
 /// Takes that back, and the keys that are left empty by it, up to that of the identifier. 0 also if it isn't
 /// registered.  [any, blocks]

@@ -37,6 +37,14 @@ ModuleLibrary ModuleLibrary::load(const std::filesystem::path& file) noexcept {
     return ModuleLibrary(file.is_absolute() ? dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL) : nullptr);
 }
 
+ModuleLibrary ModuleLibrary::load(const std::filesystem::path& file, std::string& reason) {
+    dlerror();  // What it holds may be of an earlier call.
+    ModuleLibrary library = load(file);
+    const char* const words = library ? nullptr : dlerror();
+    reason = words == nullptr ? "" : words;
+    return library;
+}
+
 void* ModuleLibrary::find(const char* name) const noexcept {
     if (handle == nullptr) {
         return nullptr;

@@ -17,19 +17,6 @@ std::string identifierPath(const TypeLibrary& library) {
     return "TypeLib\\" + upperGuidText(library.id);
 }
 
-/// Windows writes both numbers in hexadecimal.
-std::string versionName(const TypeLibrary& library) {
-    const auto hexadecimal = [](std::uint32_t number) {
-        std::string digits;
-        do {
-            digits.insert(digits.begin(), "0123456789abcdef"[number % 16]);
-            number /= 16;
-        } while (number != 0);
-        return digits;
-    };
-    return hexadecimal(library.major) + "." + hexadecimal(library.minor);
-}
-
 /// Sets the default value of a key, and makes the key.
 RegistryChange keyWith(std::string path, WideView text) {
     return {.kind = RegistryChange::Kind::setValue,
@@ -46,11 +33,10 @@ HRESULT registerTypeLibrary(const TypeLibrary& library, const std::filesystem::p
     if (!path || !folder) {
         return hresultOf(invalidData);
     }
-    const std::string version = identifierPath(library) + "\\" + versionName(library);
+    const std::string version = typeLibraryKey(library);
     const std::vector<RegistryChange> changes = {
         keyWith(version, toWide(library.title)),
-        // The language is neutral.
-        keyWith(version + "\\0\\win64", *path),
+        keyWith(typeLibraryFileKey(library), *path),
         keyWith(version + "\\FLAGS", toWide("0")),
         keyWith(version + "\\HELPDIR", *folder),
     };
@@ -63,10 +49,9 @@ HRESULT unregisterTypeLibrary(const TypeLibrary& library) {
     if (!root) {
         return hresultOf(result);
     }
-    const std::string path = identifierPath(library);
-    result = root.deleteTree(path + "\\" + versionName(library));
+    result = root.deleteTree(typeLibraryKey(library));
     if (result == success) {
-        result = deleteIfEmpty(root, path);
+        result = deleteIfEmpty(root, identifierPath(library));
     }
     return result == notFound ? hresultOf(success) : hresultOf(result);
 }

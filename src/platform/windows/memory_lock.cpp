@@ -9,4 +9,9 @@ bool lockMemory(const void* start, std::size_t size) noexcept {
     return VirtualLock(const_cast<void*>(start), size) != 0;
 }
 
+std::optional<std::size_t> lockableMemory() noexcept {
+    // The least working set bounds it, which each process sets for itself.
+    return std::nullopt;
+}
+
 }  // namespace korva::platform

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "platform/windows/own_library.h"
+#include "platform/windows/system_error.h"
 
 namespace korva::platform {
 namespace {
@@ -44,6 +45,13 @@ std::wstring wideName(std::string_view name) {
 ModuleLibrary ModuleLibrary::load(const std::filesystem::path& file) noexcept {
     const NoMessages noMessages;
     return ModuleLibrary(file.has_root_path() ? LoadLibraryW(file.c_str()) : nullptr);
+}
+
+ModuleLibrary ModuleLibrary::load(const std::filesystem::path& file, std::string& reason) {
+    SetLastError(ERROR_SUCCESS);
+    ModuleLibrary library = load(file);
+    reason = library || GetLastError() == ERROR_SUCCESS ? "" : lastSystemError().message();
+    return library;
 }
 
 void* ModuleLibrary::find(const char* name) const noexcept {

@@ -4,12 +4,9 @@
 
 #include <oleauto.h>
 
-#include <array>
-#include <cstdio>
 #include <memory>
 #include <string>
 
-#include "platform/property_key.h"
 #include "platform/registry.h"
 
 namespace korva::platform {
@@ -33,13 +30,9 @@ bool isThat(ITypeLib& found, const TypeLibrary& library) {
 
 /// What the system says of one that isn't registered depends on its version, so it isn't asked.
 bool isRegistered(const TypeLibrary& library) {
-    std::array<char, 32> version{};
-    std::snprintf(version.data(), version.size(), "\\%x.%x\\0\\win64", unsigned{library.major},
-                  unsigned{library.minor});
     RegistryKey key;
     return RegistryKey::root(RegistryRoot::classesRoot)
-               .open("TypeLib\\" + upperGuidText(library.id) + version.data(), RegistryAccess::read, key) !=
-           registry_result::notFound;
+               .open(typeLibraryFileKey(library), RegistryAccess::read, key) != registry_result::notFound;
 }
 
 }  // namespace
