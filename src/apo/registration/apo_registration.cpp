@@ -29,8 +29,7 @@ using namespace platform::registry_result;
 constexpr std::string_view listParent = "AudioEngine";
 constexpr std::string_view list = "AudioEngine\\AudioProcessingObjects";
 
-/// In the order in which they are written.
-using NamedValues = std::vector<std::pair<std::string, RegistryValue>>;
+using NamedValues = decltype(ListedObject::values);
 
 RegistryResult openList(RegistryKey& opened) {
     RegistryResult result = success;
@@ -93,6 +92,12 @@ RegistryResult writeObject(const RegistryKey& objects, const std::string& name, 
 }
 
 }  // namespace
+
+ListedObject listedObject(const APO_REG_PROPERTIES& properties) {
+    return {std::string(list) + "\\" + platform::upperGuidText(properties.clsid),
+            valuesOf(properties, terminated(properties.szFriendlyName).value_or(WideView()),
+                     terminated(properties.szCopyrightInfo).value_or(WideView()))};
+}
 
 HRESULT RegisterAPO(const APO_REG_PROPERTIES* properties) {
     if (properties == nullptr) {

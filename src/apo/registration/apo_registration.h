@@ -1,9 +1,24 @@
 // The audio engine's list of audio objects, in the registry.
 #pragma once
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "platform/published/audio_object_records.h"
+#include "platform/registry.h"
 
 namespace korva::apo {
+
+/// An object on the list: its key below HKEY_CLASSES_ROOT, and what is in it, in the order in which it is
+/// written.
+struct ListedObject {
+    std::string path;
+    std::vector<std::pair<std::string, platform::RegistryValue>> values;
+};
+
+/// What `RegisterAPO` writes of a record, each of whose texts has a terminator.  [any]
+[[nodiscard]] ListedObject listedObject(const published::APO_REG_PROPERTIES& properties);
 
 /// Writes HKEY_CLASSES_ROOT\AudioEngine\AudioProcessingObjects\{clsid} anew from a record, with as many
 /// interfaces as it says. E_POINTER for none; E_INVALIDARG if a text has no terminator within its 512 bytes,

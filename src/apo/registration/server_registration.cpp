@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apo/effect_class.h"
@@ -14,6 +15,7 @@
 #include "platform/published_call.h"
 #include "platform/registry_values.h"
 #include "platform/resources.h"
+#include "platform/stored_values.h"
 #include "platform/thread_locale.h"
 
 namespace korva::apo {
@@ -42,16 +44,19 @@ Step listStep() {
     return {[] { return published::ok; }, removeEmptyObjectList};
 }
 
-/// Reads the script at once: one that can't be read stops all before anything is written.
-Step scriptStep(std::uint16_t number, const std::filesystem::path& library) {
+RegistryScript scriptOf(std::uint16_t number, const std::filesystem::path& library) {
     const auto text = platform::textResource(number);
     if (!text) {
         throw RegistryScriptError(0, "expected a script of that number");
     }
     const std::u8string path = library.u8string();
-    const RegistryScript script =
-        readRegistryScript(*text, {{"APPID", platform::upperGuidText(serverApplication)},
-                                   {"MODULE", std::string(path.begin(), path.end())}});
+    return readRegistryScript(*text, {{"APPID", platform::upperGuidText(serverApplication)},
+                                      {"MODULE", std::string(path.begin(), path.end())}});
+}
+
+/// Reads the script at once: one that can't be read stops all before anything is written.
+Step scriptStep(std::uint16_t number, const std::filesystem::path& library) {
+    const RegistryScript script = scriptOf(number, library);
     return {[script] { return applyRegistryScript(script); },
             [script] { return undoRegistryScript(script); }};
 }
@@ -135,7 +140,51 @@ private:
     std::vector<Step> written;
 };
 
+using Values = std::vector<platform::RegistryChange>;
+
+void addValue(Values& values, std::string path, std::string name, platform::RegistryValue value) {
+    values.push_back({.kind = platform::RegistryChange::Kind::setValue,
+                      .root = platform::RegistryRoot::classesRoot,
+                      .path = std::move(path),
+                      .name = std::move(name),
+                      .value = std::move(value)});
+}
+
+void addKeys(Values& values, const std::string& above, const std::vector<ScriptKey>& keys) {
+    for (const ScriptKey& key : keys) {
+        for (const ScriptValue& value : key.values) {
+            addValue(values, above + key.name, value.name, value.value);
+        }
+        addKeys(values, above + key.name + "\\", key.keys);
+    }
+}
+
+void addScript(Values& values, std::uint16_t number, const std::filesystem::path& library) {
+    for (const ScriptRoot& root : scriptOf(number, library)) {
+        addKeys(values, "", root.keys);
+    }
+}
+
 }  // namespace
+
+Values serverValues(const std::filesystem::path& library) {
+    Values values;
+    for (const EffectClass* const effect : effectClasses) {
+        ListedObject object = listedObject(effect->record);
+        for (auto& [name, value] : object.values) {
+            addValue(values, object.path, name, std::move(value));
+        }
+    }
+    addScript(values, applicationScript, library);
+    for (const EffectClass* const effect : effectClasses) {
+        addScript(values, effect->script, library);
+    }
+    const std::u8string path = library.u8string();
+    addValue(
+        values, platform::typeLibraryFileKey(serverTypeLibrary), "",
+        platform::stringValue(platform::toWide({reinterpret_cast<const char*>(path.data()), path.size()})));
+    return values;
+}
 
 HRESULT registerServer() noexcept {
     return platform::publishedCall([] { return ServerEntry().write(); });

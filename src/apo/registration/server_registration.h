@@ -1,7 +1,11 @@
 // The entry of this library in the registry, by which hosts find its classes.
 #pragma once
 
+#include <filesystem>
+#include <vector>
+
 #include "platform/published/base_types.h"
+#include "platform/registry.h"
 #include "platform/type_library.h"
 
 namespace korva::apo {
@@ -29,6 +33,10 @@ inline constexpr GUID serverApplication = {
 /// At a failure everything that was written goes again, also what an earlier registration had there.
 /// [any, blocks]
 [[nodiscard]] HRESULT registerServer() noexcept;
+
+/// The values that this writes for a library, in its order, all below HKEY_CLASSES_ROOT; of the type library
+/// only the file. Raises `RegistryScriptError` where the scripts aren't linked in.  [any]
+[[nodiscard]] std::vector<platform::RegistryChange> serverValues(const std::filesystem::path& library);
 
 /// Takes all that back. Keys that registration had to make stay only if others have put something there, and
 /// CLSID, AppID and TypeLib themselves. What isn't there counts as taken back, so it may be called twice; at
