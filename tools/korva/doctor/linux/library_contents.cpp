@@ -1,0 +1,14 @@
+#include "korva/doctor/library_contents.h"
+
+#include "korva/file_path.h"
+#include "korva/module/library_file.h"
+
+namespace korva::tool {
+
+// The loader takes a file's headers at their word, and one that was cut short would end this process.
+LibraryContents readLibraryContents(const std::filesystem::path& file) {
+    LibraryFile contents = readLibraryFile(textOfPath(file));
+    return {std::move(contents.fault), std::move(contents.exports)};
+}
+
+}  // namespace korva::tool
