@@ -55,6 +55,23 @@ TEST_F(ServerRegistration, PutsTheObjectsOnTheEnginesList) {
     }
 }
 
+TEST_F(ServerRegistration, WritesTheValuesThatItIsSaidToWrite) {
+    ASSERT_EQ(registerServer(), published::ok);
+
+    const auto expected = serverValues(platform::ownLibraryPath());
+    for (const platform::RegistryChange& value : expected) {
+        RegistryKey key;
+        platform::RegistryValue written;
+        EXPECT_EQ(RegistryKey::root(value.root).open(value.path, platform::RegistryAccess::read, key), 0)
+            << value.path;
+        EXPECT_EQ(key.readValue(value.name, written), 0) << value.path << ' ' << value.name;
+        EXPECT_EQ(written.type, value.value.type) << value.path << ' ' << value.name;
+        EXPECT_EQ(written.data, value.value.data) << value.path << ' ' << value.name;
+    }
+    // For each class 12 of its object and 3 of its class; 2 of the application, and the type library's file.
+    EXPECT_EQ(expected.size(), 3u * (12 + 3) + 2 + 1);
+}
+
 TEST_F(ServerRegistration, MakesTheLibraryAnApplication) {
     ASSERT_EQ(registerServer(), published::ok);
 

@@ -52,6 +52,20 @@ TEST(ModuleLibrary, IsNoneAtFirst) {
     EXPECT_FALSE(library);
 }
 
+TEST(ModuleLibrary, ThatCannotBeLoadedGivesTheSystemsReason) {
+    const OwnFolder folder;
+    const fs::path file = folder.path() / ("text" + suffix);
+    std::ofstream(file) << "no library";
+    std::string reason;
+
+    EXPECT_FALSE(ModuleLibrary::load(file, reason));
+    EXPECT_NE(reason, "");
+    EXPECT_FALSE(ModuleLibrary::load(folder.path() / "none", reason));
+    EXPECT_NE(reason, "");
+    EXPECT_TRUE(ModuleLibrary::load(needing, reason));
+    EXPECT_EQ(reason, "");
+}
+
 TEST(ModuleLibrary, IsLoadedFromLoadToUnload) {
     ModuleLibrary library = ModuleLibrary::load(needing);
     ASSERT_TRUE(library);

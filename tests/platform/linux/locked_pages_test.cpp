@@ -106,5 +106,14 @@ TEST(LockedPages, AreRefusedBeyondTheLimitAndTheMemoryStaysUsable) {
     }));
 }
 
+TEST(LockedPages, MayComeToTheLimitOfAUserWithoutPrivileges) {
+    EXPECT_TRUE(holdsInChild([] {
+        const rlimit some{8192, 8192};
+        constexpr uid_t nobody = 65534;
+        return setrlimit(RLIMIT_MEMLOCK, &some) == 0 && (geteuid() != 0 || setuid(nobody) == 0) &&
+               lockableMemory() == std::size_t{8192};
+    }));
+}
+
 }  // namespace
 }  // namespace korva::platform

@@ -160,9 +160,10 @@ private:
         if (beyond != 0) {
             addFault(
                 fmt::format("The preset of {} has more chunks than its engine.", effectWords(place)),
-                fmt::format("The engine has {}, and {} values lie beyond, which nobody reads: they are of a "
-                            "preset for another engine.",
-                            plan.chunkCount, beyond));
+                fmt::format(
+                    "The engine has {}. Values that lie beyond, {} of them, are read by nobody: they are of a "
+                    "preset for another engine.",
+                    plan.chunkCount, beyond));
         }
     }
 
