@@ -14,8 +14,8 @@ protected:
         EXPECT_EQ(doctor().exitCode, 1);
     }
     void import(const std::string& lines) const {
-        const Outcome outcome =
-            registryReading("Windows Registry Editor Version 5.00\r\n\r\n" + lines + "\r\n", {"import", "-"});
+        writeBytes(path("values.reg"), "Windows Registry Editor Version 5.00\r\n\r\n" + lines + "\r\n");
+        const Outcome outcome = registry({"import", path("values.reg")});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
     }
     [[nodiscard]] std::string userSection() const {
@@ -47,10 +47,10 @@ TEST_F(DoctorHostile, TextWithoutAnEndOrWithSignsOfTerminalsStaysOnItsLine) {
 }
 
 TEST_F(DoctorHostile, BinaryWhereARegistrationHasTextIsAFault) {
-    import(std::string("[HKEY_CLASSES_ROOT\\CLSID\\") + class_ +
-           "\\InprocServer32]\r\n@=hex:00,01\r\n\"ThreadingModel\"=hex(7):00\r\n");
-}
-EXPECT_TRUE(findsOnly("registration", {"Its default value and 'ThreadingModel' are not"}));
+    import(
+        "[HKEY_CLASSES_ROOT\\CLSID\\{C26AD82E-B1CB-4BDF-87E9-CACD7FD6C6FD}\\InprocServer32]\r\n"
+        "@=hex:00,01\r\n\"ThreadingModel\"=hex(7):00\r\n");
+    EXPECT_TRUE(findsOnly("registration", {"Its default value and 'ThreadingModel' are not"}));
 }
 
 TEST_F(DoctorHostile, KeysOfInstancesWithoutTheirFormAreNoMatter) {
