@@ -13,8 +13,7 @@ namespace korva::tool {
 [[nodiscard]] Findings exportFindings(const std::filesystem::path& library,
                                       const std::vector<std::string>& exports);
 
-/// Loads the library for as long as that takes, and asks it for its classes. Throws `ToolError` where its
-/// file can't be read.  [blocks]
+/// Loads the library for as long as that takes, and asks it for its classes.  [blocks]
 [[nodiscard]] Findings checkLibrary(const std::filesystem::path& library);
 
 }  // namespace korva::tool

@@ -13,7 +13,7 @@ struct LibraryContents {
     std::optional<std::vector<std::string>> exports{};  ///< Its functions, where the system's form is known.
 };
 
-/// Of a file that is there. Throws `ToolError` where it can't be read.  [blocks]
+/// Of a file that is there.  [blocks]
 [[nodiscard]] LibraryContents readLibraryContents(const std::filesystem::path& file);
 
 }  // namespace korva::tool

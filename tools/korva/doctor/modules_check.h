@@ -13,7 +13,7 @@ namespace korva::tool {
 using NeededModules = std::map<std::string, std::string>;
 
 /// Loads each module that lies in `folder`, where the object looks for them, for as long as that takes. What
-/// is wrong with one that nobody needs is a remark. Throws `ToolError` where a file can't be read.  [blocks]
+/// is wrong with one that nobody needs is a remark.  [blocks]
 [[nodiscard]] Findings checkModules(const std::filesystem::path& folder, const NeededModules& needed);
 
 }  // namespace korva::tool

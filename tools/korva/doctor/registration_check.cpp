@@ -114,6 +114,22 @@ Finding fault(std::string what, std::string cause, const std::string& remedy) {
     return {Subject::registration, Severity::fault, std::move(what), std::move(cause), remedy};
 }
 
+/// A look at the root of classes would make it where it is missing.
+bool hasClasses() {
+    RegistryResult code = result::success;
+    const RegistryKey machine = RegistryKey::root(platform::RegistryRoot::localMachine, &code);
+    RegistryKey classes;
+    code = code == result::success ? machine.open("Software\\Classes", RegistryAccess::read, classes) : code;
+    if (code != result::notFound && code != result::isLink) {
+        throwIfRefused(code, "look for the classes of libraries");
+    }
+    return code == result::success;
+}
+
+std::optional<RegistryValue> readNothing(const RegistryChange&) {
+    return std::nullopt;
+}
+
 std::optional<RegistryValue> readRegistered(const RegistryChange& expected) {
     const std::string action = fmt::format("read the key '{}'", keyText(expected.root, expected.path));
     RegistryResult code = result::success;
@@ -157,7 +173,8 @@ Findings registrationFindings(std::span<const RegistryChange> expected, const Re
 }
 
 Findings checkRegistration(const std::filesystem::path& library, const std::string& remedy) {
-    return registrationFindings(apo::serverValues(library), readRegistered, library, remedy);
+    const RegisteredValue registered = hasClasses() ? readRegistered : readNothing;
+    return registrationFindings(apo::serverValues(library), registered, library, remedy);
 }
 
 }  // namespace korva::tool

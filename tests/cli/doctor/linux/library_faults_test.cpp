@@ -70,9 +70,7 @@ TEST_F(DoctorLibrary, AModuleThatCannotBeLoadedTellsTheLoadersReason) {
     EXPECT_TRUE(findsOnly("modules", {"PELLUX64 can't be loaded", "cut short"}));
     files::remove(module);
     files::create_directory(module);
-    const Outcome outcome = doctor();
-    EXPECT_EQ(outcome.signal, 0);
-    EXPECT_NE(outcome.exitCode, 0);
+    EXPECT_TRUE(findsOnly("modules", {"PELLUX64 can't be loaded", "it is a folder"}));
 }
 
 }  // namespace

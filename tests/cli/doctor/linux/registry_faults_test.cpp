@@ -51,6 +51,14 @@ TEST_F(DoctorRegistry, WithoutARegistrationSaysSoOnce) {
     EXPECT_TRUE(findsOnly("registration", {"is not registered", "korva register --library " + library}));
 }
 
+TEST_F(DoctorRegistry, WithoutAnyClassesStaysWithoutThem) {
+    std::filesystem::remove(registryPath());
+    quietly({"create", telemetryKey});
+    const std::string before = exported("HKLM");
+    EXPECT_TRUE(findsOnly("registration", {"is not registered"}));
+    EXPECT_EQ(exported("HKLM"), before);
+}
+
 TEST_F(DoctorRegistry, ARegistrationThatLacksAValueIsAFault) {
     const std::string key = "HKCR\\CLSID\\{C26AD82E-B1CB-4BDF-87E9-CACD7FD6C6FD}\\InprocServer32";
     quietly({"delete", key, "ThreadingModel"});
