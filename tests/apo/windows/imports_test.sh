@@ -4,7 +4,7 @@
 set -u
 objdump=$1
 library=$2
-system='ADVAPI32 KERNEL32 OLE32 OLEAUT32 USER32 WINMM MSVCRT'
+system='ADVAPI32 KERNEL32 NTDLL OLE32 OLEAUT32 USER32 WINMM MSVCRT'
 entries='DllCanUnloadNow DllGetClassObject DllRegisterServer DllUnregisterServer'
 failed=0
 
